@@ -1,0 +1,239 @@
+#ifndef QUORVEX_NETDISK_H
+#define QUORVEX_NETDISK_H
+
+#include "Export.h"
+#include "NetDiskRecords.h"
+#include "Results.h"
+
+#include <memory>
+
+/// @file
+/// The client of the personal network disk.
+
+namespace quorvex
+{
+namespace netdisk
+{
+
+class CNetDiskHttpHelper;
+
+/// The client of the personal network disk.
+///
+/// One object holds one connection to the service and one remembered set of credentials. Every operation blocks
+/// until the server has answered and returns a result code (see Results.h): 0 on success, a negative code of the
+/// module, the HTTP status of a refused request, or 1 for an answer that could not be understood. While the object
+/// has never logged in successfully, each operation first logs in with the remembered credentials; a 403 answer
+/// makes it log in again and repeat the request once.
+///
+/// Threads: one object serves one thread at a time; different objects are independent of each other.
+///
+/// Texts are UTF-16 and end with a zero. A null text of a request goes out empty unless the operation says
+/// otherwise. Nothing that is passed in is kept by address, and nothing that is handed out has to be released.
+/// No exception leaves an operation: memory exhaustion is logged and returned as 1.
+class QUORVEX_API CNetDisk
+{
+public:
+    /// Connects to a service. A URL that cannot be used leaves the object unconnected: see IsConnected.
+    /// @param serverUrl scheme, host, optional port and optional path, for example "http://disk.example/object";
+    ///                  null leaves the object unconnected for good
+    /// @param session   a session of the user centre to log in with at the first operation, or null
+    explicit CNetDisk(const wchar_t* serverUrl = nullptr, const wchar_t* session = nullptr);
+
+    /// Closes the connection. The server's session is left to expire; UserLogout ends it at once.
+    ~CNetDisk();
+
+    CNetDisk(const CNetDisk&) = delete;
+    CNetDisk& operator=(const CNetDisk&) = delete;
+
+    /// @return whether a connection to the server was set up. Nothing has been sent over it yet when true is
+    ///         returned after construction: the server may still turn out to be out of reach.
+    bool IsConnected() const;
+
+    /// @return an empty text that lives as long as the module, never null; failures are described in the log only
+    const wchar_t* GetLastErrMsg() const;
+
+    /// @name Login
+    /// A successful login remembers its credentials for later repetition; so does a failed one.
+    /// @{
+
+    /// Logs in with a session of the user centre.
+    /// @param session the session
+    /// @return 0; -100 not connected; -102 session is null; 1, an HTTP status or a transport code
+    int UserLogin(const wchar_t* session);
+
+    /// Logs in with account and password.
+    /// @param userName account name
+    /// @param password password; it is sent as it is, protected only by an https address
+    /// @return 0; -100 not connected; -101 a text is null; 1, an HTTP status or a transport code
+    int UserLogin(const wchar_t* userName, const wchar_t* password);
+
+    /// Logs in with a ticket of the passport service.
+    /// @param first  first part, sent as "blowfish"
+    /// @param second second part, sent as "ticket"
+    /// @return 0; -100 not connected; -135 a text is null; 1, an HTTP status or a transport code
+    int PassportLoginTicket(const wchar_t* first, const wchar_t* second);
+
+    /// Ends the session on the server. The credentials stay remembered, so that a later operation that meets a
+    /// 403 logs in again.
+    /// @return 0; -100 not connected; an HTTP status or a transport code
+    int UserLogout();
+    /// @}
+
+    /// @name Files
+    /// @{
+
+    /// Uploads a whole file into the user's disk.
+    /// @param localFolder    folder of the file, without a trailing backslash
+    /// @param fileName       the file's name there, which is also its name on the disk (at most 255 bytes of UTF-8)
+    /// @param fileKeyOut     receives the file key; room for twice fileKeyOutSize characters
+    /// @param fileKeyOutSize size to be doubled: 17 is enough for a key of 32 characters and its zero
+    /// @return 0, also when the server calls the file incomplete (an ERROR line tells); -108 not connected; -120 the
+    ///         file cannot be opened or read; 1, an HTTP status, a transport code, or the result of a failed relogin
+    int FileUpload(const wchar_t* localFolder, const wchar_t* fileName, wchar_t* fileKeyOut,
+                   unsigned long fileKeyOutSize) const;
+
+    /// Downloads a whole file. An existing local file is written from its start and not shortened first.
+    /// @param fileKey     file key
+    /// @param localFolder an existing folder, without a trailing backslash
+    /// @param fileName    local file name, or null for the name that the server gives. Such a name never leads out
+    ///                    of localFolder: one with a backslash, a slash or a colon is refused with -120.
+    /// @return 0; -108 not connected; -134 the server refused; -120 the local file cannot be created or closed;
+    ///         -107 reading or writing broke off; a zlib code for a damaged body; a transport code, or the result of
+    ///         a failed relogin
+    int FileDownload(const wchar_t* fileKey, const wchar_t* localFolder, const wchar_t* fileName) const;
+
+    /// Renames a file or moves it into another folder.
+    /// @param fileKey  file key
+    /// @param folderId the folder that it shall be in; empty leaves it where it is
+    /// @param name     its new name; empty leaves it as it is
+    /// @return 0; -100 not connected; an HTTP status or a transport code
+    int FileModify(const wchar_t* fileKey, const wchar_t* folderId, const wchar_t* name) const;
+
+    /// Moves a file into the recycle bin.
+    /// @param fileKey file key
+    /// @return 0; -100 not connected; an HTTP status or a transport code
+    int FileDelete(const wchar_t* fileKey) const;
+
+    /// Removes a file for ever.
+    /// @param fileKey file key
+    /// @return 0; -100 not connected; an HTTP status or a transport code
+    int FileDelete4ever(const wchar_t* fileKey) const;
+
+    /// Computes the MD5 of a local file, without any request.
+    /// @param folder   folder of the file, without a trailing backslash
+    /// @param fileName the file's name there
+    /// @param fileSize receives the low 32 bits of the file's size; left as it was when the file cannot be opened
+    /// @param md5Out   room for 33 characters; receives 32 lowercase hexadecimal characters, or an empty text when
+    ///                 the file cannot be read or is empty
+    /// @return 0 always
+    int FileGetChecksum(const wchar_t* folder, const wchar_t* fileName, unsigned long& fileSize, wchar_t* md5Out) const;
+    /// @}
+
+    /// @name Large files
+    /// A large file is created by its name, size and MD5, sent in blocks of the caller's size in any order, and
+    /// finished. Blocks that the server has confirmed survive a broken connection.
+    /// @{
+
+    /// Announces a local file to the server.
+    /// @param localFolder    folder of the file, without a trailing backslash
+    /// @param fileName       the file's name there, which is also its name on the disk (at most 64 bytes of UTF-8)
+    /// @param fileKeyOut     receives the file key; room for twice fileKeyOutSize characters
+    /// @param fileKeyOutSize size to be doubled: 17 is enough for a key of 32 characters and its zero
+    /// @param complete       receives a value other than 0 when the server holds the whole content already: then no
+    ///                       block has to be sent
+    /// @return 0; -100 not connected; 1 the file cannot be digested or the answer not understood; an HTTP status, a
+    ///         transport code, or the result of a failed relogin
+    int LargeFileCreate(const wchar_t* localFolder, const wchar_t* fileName, wchar_t* fileKeyOut,
+                        unsigned long fileKeyOutSize, int& complete) const;
+
+    /// Sends one block.
+    /// @param fileKey key from LargeFileCreate
+    /// @param data    the block; only read
+    /// @param size    bytes in the block
+    /// @param pos     offset of the block in the file
+    /// @return 0; -100 not connected; -135 data is null although size is not 0; 1 the server confirmed another size;
+    ///         an HTTP status or a transport code
+    int LargeFileUpload(const wchar_t* fileKey, void* data, unsigned long size, unsigned long pos) const;
+
+    /// Tells the server that all blocks have been sent.
+    /// @param fileKey key from LargeFileCreate
+    /// @return 0; -100 not connected; 1, an HTTP status or a transport code
+    int LargeFileFinish(const wchar_t* fileKey) const;
+
+    /// Asks for a stored file's name and size.
+    /// @param fileKey         file key
+    /// @param fileNameOut     receives the name; room for fileNameOutSize characters; may be null
+    /// @param fileNameOutSize capacity of fileNameOut and of secondValueOut; a longer text is cut to one less
+    /// @param totalSize       receives the size in bytes
+    /// @param secondValueOut  receives the second value of the server's Content-Disposition, empty when there is
+    ///                        none; room for fileNameOutSize characters; may be null
+    /// @return 0; -100 not connected; -112 the answer lacks a header; an HTTP status or a transport code
+    int LargeFileGetInfo(const wchar_t* fileKey, wchar_t* fileNameOut, unsigned long fileNameOutSize,
+                         unsigned long& totalSize, wchar_t* secondValueOut) const;
+
+    /// Reads one range of a stored file.
+    /// @param fileKey file key
+    /// @param pos     offset of the range
+    /// @param buffer  room for size bytes as given on entry; never more is written
+    /// @param size    in: bytes wanted; out, on success: bytes received
+    /// @return 0, also when fewer bytes came; -100 not connected; -135 buffer is null although size is not 0; an HTTP
+    ///         status or a transport code
+    int LargeFileDownload(const wchar_t* fileKey, unsigned long pos, void* buffer, unsigned long& size) const;
+    /// @}
+
+    /// Asks for the user's quota.
+    /// @param totalSpace  receives the size of the disk in bytes
+    /// @param usedSpace   receives the bytes in use
+    /// @param maxFileSize receives the size in bytes that one file may have
+    /// @return 0; -100 not connected; 1, an HTTP status or a transport code. The three are written together or not
+    ///         at all.
+    int CapacityInfo(unsigned long long& totalSpace, unsigned long long& usedSpace, unsigned long& maxFileSize) const;
+
+protected:
+    /// Takes the constructor's arguments.
+    void init(const wchar_t* serverUrl, const wchar_t* session);
+
+    /// @name The three login requests
+    /// @{
+    int UserLoginWithSession(const wchar_t* session);
+    int UserLoginWithPassword(const wchar_t* userName, const wchar_t* password);
+    int UserLoginWithTicket(const wchar_t* first, const wchar_t* second);
+    /// @}
+
+    /// Repeats the remembered login.
+    /// @return the login's result; 1 when none is remembered
+    int UserRelogin() const;
+
+    /// FileUpload to a given path of the service.
+    /// @param objectPath    path below the base URL
+    /// @param localFolder   as in FileUpload
+    /// @param fileName      as in FileUpload
+    /// @param announcedName the name to send for the file
+    /// @param fileKeyOut    as in FileUpload
+    /// @param fileKeyOutSize as in FileUpload
+    int FileUploadWithRetry(const wchar_t* objectPath, const wchar_t* localFolder, const wchar_t* fileName,
+                            const wchar_t* announcedName, wchar_t* fileKeyOut, unsigned long fileKeyOutSize) const;
+
+    /// FileDownload from a given path of the service.
+    /// @param objectFormat path below the base URL; its "%s" stands for the file key
+    /// @param fileKey      file key
+    /// @param localFolder  as in FileDownload
+    /// @param fileName     as in FileDownload
+    int FileDownloadWithRetry(const wchar_t* objectFormat, const wchar_t* fileKey, const wchar_t* localFolder,
+                              const wchar_t* fileName) const;
+
+private:
+    struct Exchange;
+
+    std::unique_ptr<CNetDiskHttpHelper> m_pHttpHelper;
+    unsigned int m_nLoginType;
+    std::unique_ptr<wchar_t[]> m_pszCredential1;
+    std::unique_ptr<wchar_t[]> m_pszCredential2;
+    mutable int m_nUapUid; // a relogin within a const operation changes these two
+    mutable bool m_bNeedLogin;
+};
+
+} // namespace netdisk
+} // namespace quorvex
+
+#endif

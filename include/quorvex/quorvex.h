@@ -1,0 +1,13 @@
+#ifndef QUORVEX_QUORVEX_H
+#define QUORVEX_QUORVEX_H
+
+/// @file
+/// Everything that quorvex.dll offers.
+
+#include "Export.h"
+#include "Md5.h"
+#include "NetDisk.h"
+#include "NetDiskRecords.h"
+#include "Results.h"
+
+#endif

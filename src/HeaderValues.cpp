@@ -1,0 +1,55 @@
+#include "HeaderValues.h"
+
+#include <cstddef>
+
+namespace quorvex
+{
+
+namespace
+{
+
+std::wstring_view From(std::wstring_view text, std::size_t position)
+{
+    return position < text.size() ? text.substr(position) : std::wstring_view();
+}
+
+} // namespace
+
+ContentDisposition ParseContentDisposition(std::wstring_view value)
+{
+    static constexpr std::size_t kNameStart = std::wstring_view(L"attachment;filename=\"").size();
+    static constexpr std::size_t kSecondValueOffset = std::wstring_view(L";md5=").size();
+
+    // A semicolon in the name's first place belongs to the name.
+    const std::size_t nameEnd = value.find(L';', kNameStart + 1);
+    if (nameEnd == std::wstring_view::npos)
+    {
+        return {From(value, kNameStart), {}};
+    }
+    const std::wstring_view second = From(value, nameEnd + kSecondValueOffset);
+    return {value.substr(kNameStart, nameEnd - kNameStart), second.substr(0, second.find(L';'))};
+}
+
+std::uint32_t ParseContentRangeTotal(std::wstring_view value)
+{
+    static constexpr std::size_t kTotalStart = std::wstring_view(L"bytes 0-0/").size();
+
+    std::wstring_view digits = From(value, kTotalStart);
+    while (!digits.empty() && (digits.front() == L' ' || (digits.front() >= L'\t' && digits.front() <= L'\r')))
+    {
+        digits.remove_prefix(1);
+    }
+    const bool isNegative = digits.starts_with(L'-');
+    if (isNegative || digits.starts_with(L'+'))
+    {
+        digits.remove_prefix(1);
+    }
+    std::uint32_t total = 0;
+    for (; !digits.empty() && digits.front() >= L'0' && digits.front() <= L'9'; digits.remove_prefix(1))
+    {
+        total = total * 10 + static_cast<std::uint32_t>(digits.front() - L'0');
+    }
+    return isNegative ? 0U - total : total;
+}
+
+} // namespace quorvex

@@ -1,0 +1,25 @@
+#pragma once
+
+#include <cstdint>
+#include <string_view>
+
+/// Reading the values of response headers, in the forms that the services write them.
+namespace quorvex
+{
+
+struct ContentDisposition
+{
+    std::wstring_view fileName;
+    /// The value behind the file name's semicolon; empty when there is none.
+    std::wstring_view second;
+};
+
+/// Reads attachment;filename="NAME;abc=SECOND;...: nothing stands between a name and its semicolon, and without a
+/// semicolon everything up to the end is the name.
+ContentDisposition ParseContentDisposition(std::wstring_view value);
+
+/// Reads the total out of bytes 0-0/TOTAL, the answer to a request for the first byte. A total beyond 32 bits wraps
+/// around; an unusable value gives 0.
+std::uint32_t ParseContentRangeTotal(std::wstring_view value);
+
+} // namespace quorvex

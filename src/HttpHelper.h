@@ -1,0 +1,65 @@
+#pragma once
+
+#include "Platform/WinHttp.h"
+
+#include <cstdint>
+#include <string>
+
+namespace quorvex
+{
+
+/// The connection of one service client to its server, and the two plain requests over it. It serves one thread at
+/// a time.
+class CHttpHelper
+{
+public:
+    /// Splits the base URL and connects. With a URL that cannot be used the object stays unconnected.
+    explicit CHttpHelper(const wchar_t* serverUrl);
+    CHttpHelper(const CHttpHelper&) = delete;
+    CHttpHelper& operator=(const CHttpHelper&) = delete;
+
+    /// Connects to the host of a URL, dropping the connection that there was.
+    /// @return 0, -104, -105 or -106
+    int InitialConnection(const wchar_t* url);
+
+    /// @return 0 always
+    int CloseConnection();
+
+    bool IsConnected() const { return static_cast<bool>(m_connection); }
+
+    /// @param objectPath path below the base URL, with its query
+    /// @param response   receives the body, inflated
+    /// @return 0, a negative code, or what GetResponse returned
+    int RequestGet(const wchar_t* objectPath, std::string& response);
+
+    /// @param objectPath path below the base URL
+    /// @param body       the body, as it goes out
+    /// @param response   receives the body of the answer, inflated
+    /// @return 0, a negative code, or what GetResponse returned
+    int RequestPost(const wchar_t* objectPath, const char* body, std::string& response);
+
+    /// Reads a received response.
+    /// @param response cleared, then filled with the body; what was read before a failure stays in it
+    /// @return 0, a negative code, or the status of a refused request
+    virtual int GetResponse(Platform::Request& request, std::string& response) = 0;
+
+protected:
+    // The clients own their helper by its own type.
+    ~CHttpHelper();
+
+    /// Opens a request for a path below the base URL.
+    bool OpenRequest(Platform::Request& request, const wchar_t* verb, const wchar_t* objectPath) const;
+
+    /// Adds the five standard headers.
+    /// @return 0, or -115 to -119 for the header that failed
+    int SetRequestHeader(Platform::Request& request);
+
+private:
+    std::wstring m_serverPrefix;
+    Platform::Session m_session;
+    Platform::Connection m_connection;
+    // Noted from the URL's scheme; requests are opened without it.
+    std::uint32_t m_requestFlags = 0;
+};
+
+} // namespace quorvex

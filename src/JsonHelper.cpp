@@ -1,0 +1,40 @@
+#include "JsonHelper.h"
+
+#include <json/reader.h>
+
+#include <cmath>
+#include <limits>
+#include <memory>
+
+namespace quorvex
+{
+
+bool ParseJson(const std::string& body, Json::Value& root)
+{
+    Json::CharReaderBuilder builder;
+    builder["collectComments"] = false;
+    const std::unique_ptr<Json::CharReader> reader(builder.newCharReader());
+    return reader->parse(body.data(), body.data() + body.size(), &root, nullptr);
+}
+
+std::int64_t ReadInt64(const Json::Value& value)
+{
+    static constexpr double kBeyond = 9223372036854775808.0;
+
+    const double number = value.asDouble();
+    if (std::isnan(number))
+    {
+        return 0;
+    }
+    if (number >= kBeyond)
+    {
+        return std::numeric_limits<std::int64_t>::max();
+    }
+    if (number < -kBeyond)
+    {
+        return std::numeric_limits<std::int64_t>::min();
+    }
+    return static_cast<std::int64_t>(number);
+}
+
+} // namespace quorvex

@@ -1,0 +1,68 @@
+#include "Multipart.h"
+
+#include "Platform/CodePage.h"
+
+#include <initializer_list>
+
+namespace quorvex::Multipart
+{
+
+namespace
+{
+
+std::string Join(std::initializer_list<std::string_view> pieces)
+{
+    std::string text;
+    for (const std::string_view piece : pieces)
+    {
+        text += piece;
+    }
+    return text;
+}
+
+} // namespace
+
+std::wstring UploadContentType(const std::string& boundary)
+{
+    return Platform::ToWide(Join({"Content-Type:multipart/form-data;boundary=", boundary, "\r\n"}),
+                            Platform::CodePage::Ansi);
+}
+
+std::wstring FormContentType(const std::string& boundary)
+{
+    return Platform::ToWide(Join({"Content-Type:multipart/form-data; boundary=", boundary, "\r\n"}),
+                            Platform::CodePage::Ansi);
+}
+
+std::string UploadHead(const std::string& boundary, std::string_view fileName)
+{
+    return Join({"--", boundary, "\r\nContent-Disposition: form-data; name=\"upfile\";filename=\"", fileName,
+                 "\"\r\nContent-Type: application/octet-stream\r\n\r\n"});
+}
+
+std::string Tail(const std::string& boundary)
+{
+    return Join({"\r\n--", boundary, "--\r\n"});
+}
+
+std::string LargeFileForm(const std::string& boundary, std::uint32_t totalSize, std::string_view md5,
+                          std::string_view fileName)
+{
+    return Join({"--", boundary, "\r\nContent-Disposition: form-data; name=\"totalsize\"\r\n\r\n",
+                 std::to_string(totalSize),                                                           //
+                 "\r\n--", boundary, "\r\nContent-Disposition: form-data; name=\"md5\"\r\n\r\n", md5, //
+                 "\r\n--", boundary, "\r\nContent-Disposition: form-data; name=\"upfile\"; filename=\"", fileName,
+                 "\"\r\n\r\n\r\n--", boundary, "--\r\n"});
+}
+
+std::string BlockHead(const std::string& boundary, std::string_view fileKey, std::uint32_t position, std::uint32_t size)
+{
+    return Join({"--", boundary, "\r\nContent-Disposition: form-data; name=\"fkey\"\r\n\r\n", fileKey, //
+                 "\r\n--", boundary, "\r\nContent-Disposition: form-data; name=\"pos\"\r\n\r\n",
+                 std::to_string(position), //
+                 "\r\n--", boundary, "\r\nContent-Disposition: form-data; name=\"size\"\r\n\r\n",
+                 std::to_string(size), //
+                 "\r\n--", boundary, "\r\nContent-Disposition: form-data; name=\"upfile\"; filename=\"0\"\r\n\r\n"});
+}
+
+} // namespace quorvex::Multipart

@@ -1,0 +1,33 @@
+#pragma once
+
+#include <cstdint>
+#include <string>
+#include <string_view>
+
+/// The multipart bodies and headers of uploads, byte for byte as the services read them.
+namespace quorvex::Multipart
+{
+
+/// The request header of a whole-file upload. Its spelling differs from the other forms' on purpose.
+std::wstring UploadContentType(const std::string& boundary);
+/// The request header of the other forms.
+std::wstring FormContentType(const std::string& boundary);
+
+/// What goes before a whole file's bytes.
+/// @param fileName in the service's code page
+std::string UploadHead(const std::string& boundary, std::string_view fileName);
+
+/// What goes behind the bytes of a file or a block.
+std::string Tail(const std::string& boundary);
+
+/// The whole body that creates a large file.
+/// @param md5      32 hexadecimal characters
+/// @param fileName in UTF-8
+std::string LargeFileForm(const std::string& boundary, std::uint32_t totalSize, std::string_view md5,
+                          std::string_view fileName);
+
+/// What goes before a block of a large file.
+std::string BlockHead(const std::string& boundary, std::string_view fileKey, std::uint32_t position,
+                      std::uint32_t size);
+
+} // namespace quorvex::Multipart

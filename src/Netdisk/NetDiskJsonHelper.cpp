@@ -1,0 +1,381 @@
+#include "NetDiskJsonHelper.h"
+
+#include "../CommonUtil.h"
+#include "../JsonHelper.h"
+#include "../Platform/CodePage.h"
+
+#include <quorvex/Results.h>
+
+#include <algorithm>
+#include <array>
+#include <cstddef>
+#include <cstring>
+#include <exception>
+#include <span>
+#include <utility>
+
+namespace quorvex::netdisk
+{
+
+namespace
+{
+
+/// Reads a text into an array of a record. The text may run on into the fields behind the array, up to twice the
+/// array's length, but never out of the record; the keys read after it overwrite what it left there.
+template <class Record, std::size_t Size>
+void ReadText(const Json::Value& value, Record& record, wchar_t (Record::*field)[Size])
+{
+    if (value.isNull())
+    {
+        return;
+    }
+    std::array<wchar_t, 2 * Size> text;
+    const auto* const recordStart = reinterpret_cast<const std::byte*>(&record);
+    const auto offset = static_cast<std::size_t>(reinterpret_cast<const std::byte*>(record.*field) - recordStart);
+    const std::size_t room = (sizeof(Record) - offset) / sizeof(wchar_t);
+
+    const std::size_t length = Platform::ToWide(value.asCString(), Platform::CodePage::Utf8,
+                                                std::span(text).first(std::min(text.size(), room) - 1));
+    text[length] = L'\0';
+    std::memcpy(reinterpret_cast<std::byte*>(&record) + offset, text.data(), (length + 1) * sizeof(wchar_t));
+}
+
+_FileInfo ReadListedFile(const Json::Value& element)
+{
+    _FileInfo file = {};
+    ReadText(element["fkey"], file, &_FileInfo::fkey);
+    ReadText(element["name"], file, &_FileInfo::name);
+    file.size = element["size"].asUInt();
+    file.cflag = element["cflag"].asInt();
+    file.downcount = element["downcount"].asUInt();
+    file.ctime = ReadInt64(element["ctime"]);
+    ReadText(element["md5"], file, &_FileInfo::md5);
+    return file;
+}
+
+_FileInfo ReadSharedFile(const Json::Value& element)
+{
+    _FileInfo file = {};
+    ReadText(element["fid"], file, &_FileInfo::fkey);
+    ReadText(element["name"], file, &_FileInfo::name);
+    file.size = element["size"].asUInt();
+    file.cflag = element["cflag"].asInt();
+    ReadText(element["md5"], file, &_FileInfo::md5);
+    return file;
+}
+
+_FolderInfo ReadFolder(const Json::Value& element)
+{
+    _FolderInfo folder = {};
+    ReadText(element["fo_id"], folder, &_FolderInfo::fo_id);
+    ReadText(element["name"], folder, &_FolderInfo::name);
+    return folder;
+}
+
+_PcodeInfo ReadPcode(const Json::Value& element)
+{
+    _PcodeInfo pcode = {};
+    ReadText(element["pcode"], pcode, &_PcodeInfo::pcode);
+    pcode.createtime = ReadInt64(element["createtime"]);
+    pcode.deadline = ReadInt64(element["deadline"]);
+    pcode.downcount = element["downcount"].asUInt();
+    return pcode;
+}
+
+_RItemInfo ReadRecyclebinItem(const Json::Value& element)
+{
+    _RItemInfo item = {};
+    ReadText(element["rs_id"], item, &_RItemInfo::rs_id);
+    item.rtime = ReadInt64(element["rtime"]);
+    item.type = element["type"].asInt();
+    ReadText(element["name"], item, &_RItemInfo::name);
+    ReadText(element["fo_before"], item, &_RItemInfo::fo_before);
+    return item;
+}
+
+/// A listing without the array is an empty one.
+template <class Record>
+void AppendRecords(const Json::Value& listing, Record (*read)(const Json::Value&), std::vector<Record>& records)
+{
+    if (!listing.isArray())
+    {
+        return;
+    }
+    for (const Json::Value& element : listing)
+    {
+        records.push_back(read(element));
+    }
+}
+
+} // namespace
+
+template <class Read>
+int CNetDiskJsonHelper::ReadReply(const std::string& body, Read read)
+{
+    try
+    {
+        if (ParseJson(body, m_root))
+        {
+            return read(std::as_const(m_root));
+        }
+    }
+    catch (const std::exception&)
+    {
+        // Nested too deeply, or a value of the wrong type.
+    }
+    LOG_ERROR(L"parse json error");
+    return Result::BadAnswer;
+}
+
+void CNetDiskJsonHelper::ErrorReply(int code, const std::string& body)
+{
+    try
+    {
+        if (ParseJson(body, m_root) && m_root.isObject() && m_root["msg"].isString())
+        {
+            LOG_ERROR(m_root["msg"].asCString());
+            return;
+        }
+    }
+    catch (const std::exception&)
+    {
+        // Nested too deeply; the body is logged as it is.
+    }
+    LOG_ERROR(L"Response code=" << code << L", errorinfo=" << body);
+}
+
+int CNetDiskJsonHelper::LoginReply(const std::string& body, int& uapUid, const char*& uapSid,
+                                   const char*& userCenterLogin)
+{
+    return ReadReply(body,
+                     [&](const Json::Value& root) -> int
+                     {
+                         const Json::Value& uid = root["uap_uid"];
+                         if (uid.isNull())
+                         {
+                             LOG_ERROR(L"get uap_uid error");
+                             return Result::BadAnswer;
+                         }
+                         const Json::Value& sid = root["uap_sid"];
+                         if (sid.isNull())
+                         {
+                             LOG_ERROR(L"get uap_sid error");
+                             return Result::BadAnswer;
+                         }
+                         const Json::Value& login = root["QVUserCenterLogin"];
+                         const int uidValue = uid.asInt();
+                         const char* const sidText = sid.asCString();
+                         const char* const loginText = login.isNull() ? "" : login.asCString();
+                         LOG_DEBUG(L"json result: uap_uid=" << uidValue << L", uap_sid=" << sidText);
+                         uapUid = uidValue;
+                         uapSid = sidText;
+                         userCenterLogin = loginText;
+                         return Result::Ok;
+                     });
+}
+
+int CNetDiskJsonHelper::SessionCheckReply(const std::string& body, int& uapUid)
+{
+    return ReadReply(body,
+                     [&](const Json::Value& root) -> int
+                     {
+                         const Json::Value& uid = root["uap_uid"];
+                         if (uid.isNull())
+                         {
+                             // The session's key is named on purpose: this is how a rejected session shows in the log.
+                             LOG_ERROR(L"get uap_sid error");
+                             return Result::BadAnswer;
+                         }
+                         uapUid = uid.asInt();
+                         LOG_DEBUG(L"json result: uap_uid=" << uapUid);
+                         return Result::Ok;
+                     });
+}
+
+int CNetDiskJsonHelper::UploadReply(const std::string& body, wchar_t* fileKeyOut, unsigned long fileKeyOutSize,
+                                    int& fsize, int& cflag)
+{
+    return ReadReply(body,
+                     [&](const Json::Value& root) -> int
+                     {
+                         const Json::Value& key = root["fkey"];
+                         if (key.isNull())
+                         {
+                             LOG_ERROR(L"get fkey error");
+                             return Result::BadAnswer;
+                         }
+                         const Json::Value& size = root["fsize"];
+                         if (size.isNull())
+                         {
+                             LOG_ERROR(L"get fsize error");
+                             return Result::BadAnswer;
+                         }
+                         const Json::Value& flag = root["cflag"];
+                         if (flag.isNull())
+                         {
+                             LOG_ERROR(L"get cflag error");
+                             return Result::BadAnswer;
+                         }
+                         const char* const keyText = key.asCString();
+                         const int sizeValue = size.asInt();
+                         const int flagValue = flag.asInt();
+                         LOG_DEBUG(L"json result: fkey=" << keyText << L", fsize=" << sizeValue << L", cflag="
+                                                         << flagValue);
+                         CopyUtf8(keyText, fileKeyOut, std::size_t{2} * fileKeyOutSize);
+                         fsize = sizeValue;
+                         cflag = flagValue;
+                         return Result::Ok;
+                     });
+}
+
+int CNetDiskJsonHelper::BlockReply(const std::string& body, const char*& fkey, int& fsize)
+{
+    return ReadReply(body,
+                     [&](const Json::Value& root) -> int
+                     {
+                         const Json::Value& key = root["fkey"];
+                         if (key.isNull())
+                         {
+                             LOG_ERROR(L"get fkey error");
+                             return Result::BadAnswer;
+                         }
+                         const Json::Value& size = root["fsize"];
+                         if (size.isNull())
+                         {
+                             LOG_ERROR(L"get fsize error");
+                             return Result::BadAnswer;
+                         }
+                         const char* const keyText = key.asCString();
+                         fsize = size.asInt();
+                         fkey = keyText;
+                         LOG_DEBUG(L"json result: fkey=" << fkey << L", fsize=" << fsize);
+                         return Result::Ok;
+                     });
+}
+
+int CNetDiskJsonHelper::FolderCreatedReply(const std::string& body, const char*& folderId)
+{
+    return ReadReply(body,
+                     [&](const Json::Value& root) -> int
+                     {
+                         const Json::Value& id = root["fo_id"];
+                         if (id.isNull())
+                         {
+                             LOG_ERROR(L"get fo_id error");
+                             return Result::BadAnswer;
+                         }
+                         folderId = id.asCString();
+                         LOG_DEBUG(L"json result: fo_id=" << folderId);
+                         return Result::Ok;
+                     });
+}
+
+int CNetDiskJsonHelper::FolderListing(const std::string& body, std::vector<_FileInfo>& files,
+                                      std::vector<_FolderInfo>& folders)
+{
+    return ReadReply(body,
+                     [&](const Json::Value& root) -> int
+                     {
+                         AppendRecords(root["files"], ReadListedFile, files);
+                         AppendRecords(root["folders"], ReadFolder, folders);
+                         LOG_DEBUG(L"json result: files=" << files.size() << L", folders=" << folders.size());
+                         return Result::Ok;
+                     });
+}
+
+int CNetDiskJsonHelper::PcodeCreatedReply(const std::string& body, const char*& pcode)
+{
+    return ReadReply(body,
+                     [&](const Json::Value& root) -> int
+                     {
+                         const Json::Value& code = root["pcode"];
+                         if (code.isNull())
+                         {
+                             LOG_ERROR(L"get pcode error");
+                             return Result::BadAnswer;
+                         }
+                         pcode = code.asCString();
+                         LOG_DEBUG(L"json result: pcode=" << pcode);
+                         return Result::Ok;
+                     });
+}
+
+int CNetDiskJsonHelper::PcodeListing(const std::string& body, std::vector<_PcodeInfo>& pcodes)
+{
+    return ReadReply(body,
+                     [&](const Json::Value& root) -> int
+                     {
+                         AppendRecords(root["pcodes"], ReadPcode, pcodes);
+                         LOG_DEBUG(L"json result: pcodes=" << pcodes.size());
+                         return Result::Ok;
+                     });
+}
+
+int CNetDiskJsonHelper::PcodeContents(const std::string& body, std::vector<_FileInfo>& files)
+{
+    return ReadReply(body,
+                     [&](const Json::Value& root) -> int
+                     {
+                         AppendRecords(root["files"], ReadSharedFile, files);
+                         LOG_DEBUG(L"json result: files=" << files.size());
+                         return Result::Ok;
+                     });
+}
+
+int CNetDiskJsonHelper::Capacity(const std::string& body, std::int64_t& totalSpace, std::int64_t& usedSpace,
+                                 std::uint32_t& maxFileSize)
+{
+    return ReadReply(body,
+                     [&](const Json::Value& root) -> int
+                     {
+                         const Json::Value& total = root["total_space"];
+                         if (total.isNull())
+                         {
+                             LOG_ERROR(L"get total_space error");
+                             return Result::BadAnswer;
+                         }
+                         const Json::Value& used = root["used_space"];
+                         if (used.isNull())
+                         {
+                             LOG_ERROR(L"get used_space error");
+                             return Result::BadAnswer;
+                         }
+                         const Json::Value& maximum = root["max_file_size"];
+                         if (maximum.isNull())
+                         {
+                             LOG_ERROR(L"get max_file_size error");
+                             return Result::BadAnswer;
+                         }
+                         const std::int64_t totalValue = ReadInt64(total);
+                         const std::int64_t usedValue = ReadInt64(used);
+                         maxFileSize = maximum.asUInt();
+                         totalSpace = totalValue;
+                         usedSpace = usedValue;
+                         LOG_DEBUG(L"json result: total_space=" << totalSpace << L", used_space=" << usedSpace
+                                                                << L", max_file_size=" << maxFileSize);
+                         return Result::Ok;
+                     });
+}
+
+int CNetDiskJsonHelper::RecyclebinListing(const std::string& body, std::vector<_RItemInfo>& items)
+{
+    return ReadReply(body,
+                     [&](const Json::Value& root) -> int
+                     {
+                         const Json::Value& data = root["data"];
+                         if (data.isArray())
+                         {
+                             for (const Json::Value& element : data)
+                             {
+                                 if (element.isObject() && !element["rs_id"].isNull())
+                                 {
+                                     items.push_back(ReadRecyclebinItem(element));
+                                 }
+                             }
+                         }
+                         LOG_DEBUG(L"json result: data=" << items.size());
+                         return Result::Ok;
+                     });
+}
+
+} // namespace quorvex::netdisk

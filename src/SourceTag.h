@@ -1,0 +1,38 @@
+#pragma once
+
+#include <cstddef>
+
+namespace quorvex
+{
+
+/// A source file as the log names it: its path below the module's folder, for example ".\src\HttpHelper.cpp".
+/// It is made at compile time, so that no path of the building machine gets into the module.
+template <std::size_t Size>
+struct SourceTag
+{
+    char text[Size + 2] = {};
+
+    consteval explicit SourceTag(const char (&path)[Size])
+    {
+        std::size_t start = 0;
+        for (std::size_t i = 0; i + 4 < Size; ++i)
+        {
+            const bool atFolder = i == 0 || IsSeparator(path[i - 1]);
+            if (atFolder && path[i] == 's' && path[i + 1] == 'r' && path[i + 2] == 'c' && IsSeparator(path[i + 3]))
+            {
+                start = i;
+            }
+        }
+        text[0] = '.';
+        text[1] = '\\';
+        for (std::size_t i = start; i < Size; ++i)
+        {
+            text[2 + i - start] = IsSeparator(path[i]) ? '\\' : path[i];
+        }
+    }
+
+private:
+    static consteval bool IsSeparator(char character) { return character == '/' || character == '\\'; }
+};
+
+} // namespace quorvex
