@@ -24,7 +24,7 @@ void Sha1CompressX86(std::uint32_t* chain, const unsigned char* blocks, std::siz
 {
     Sha1ChainX86 sha1(chain);
     for (; count != 0; --count, blocks += DigestBlockSize)
-        DoBlock(sha1, blocks, std::make_integer_sequence<int, 20>{});
+        _mm_prefetch(reinterpret_cast<const char*>(blocks) + 2048, _MM_HINT_T0), DoBlock(sha1, blocks, std::make_integer_sequence<int, 20>{});
     sha1.Store(chain);
 }
 

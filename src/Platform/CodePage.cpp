@@ -67,18 +67,13 @@ std::size_t ToWide(std::string_view text, CodePage codePage, std::span<wchar_t> 
     {
         return 0;
     }
-    if (const std::size_t filled = Convert(text, codePage, room.data(), room.size()); filled != 0)
+    std::size_t filled = Convert(text, codePage, room.data(), room.size());
+    if (filled == 0)
     {
-        return filled;
+        filled = ToWide(text, codePage).copy(room.data(), room.size());
     }
-    const std::wstring whole = ToWide(text, codePage);
-    std::size_t filled = std::min(whole.size(), room.size());
-    if (filled < whole.size() && IsHighSurrogate(whole[filled - 1]))
-    {
-        --filled;
-    }
-    std::copy_n(whole.data(), filled, room.data());
-    return filled;
+    // Nothing whole ends with half a character; some systems cut there themselves.
+    return filled != 0 && IsHighSurrogate(room[filled - 1]) ? filled - 1 : filled;
 }
 
 std::size_t ToNarrow(std::wstring_view text, CodePage codePage, std::span<char> room)

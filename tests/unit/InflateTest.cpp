@@ -1,0 +1,147 @@
+#include "Inflate.h"
+
+#include "support/LogCapture.h"
+
+#include <gtest/gtest.h>
+#include <zlib.h>
+
+#include <string>
+#include <vector>
+
+using namespace quorvex;
+
+namespace
+{
+
+constexpr int kGzipWrapper = 15 + 16;
+constexpr int kZlibWrapper = 15;
+
+std::string Deflated(const std::string& text, int windowBits, const std::string& dictionary = {})
+{
+    z_stream stream = {};
+    EXPECT_EQ(deflateInit2(&stream, 9, Z_DEFLATED, windowBits, 8, Z_DEFAULT_STRATEGY), Z_OK);
+    if (!dictionary.empty())
+    {
+        deflateSetDictionary(&stream, reinterpret_cast<const Bytef*>(dictionary.data()),
+                             static_cast<uInt>(dictionary.size()));
+    }
+    std::string out(deflateBound(&stream, static_cast<uLong>(text.size())) + 64, '\0');
+    stream.next_in = reinterpret_cast<Bytef*>(const_cast<char*>(text.data()));
+    stream.avail_in = static_cast<uInt>(text.size());
+    stream.next_out = reinterpret_cast<Bytef*>(out.data());
+    stream.avail_out = static_cast<uInt>(out.size());
+    EXPECT_EQ(deflate(&stream, Z_FINISH), Z_STREAM_END);
+    out.resize(out.size() - stream.avail_out);
+    deflateEnd(&stream);
+    return out;
+}
+
+std::string Noise(std::size_t size)
+{
+    std::string text(size, '\0');
+    unsigned int state = 1;
+    for (char& character : text)
+    {
+        state = state * 1103515245U + 12345U;
+        character = static_cast<char>(state >> 24U);
+    }
+    return text;
+}
+
+} // namespace
+
+TEST(Inflate, GzipAndDeflate)
+{
+    const std::string text = Noise(10000);
+    std::string out;
+    EXPECT_EQ(InflateToString(out, Deflated(text, kGzipWrapper), kEncodingGzip), 0);
+    EXPECT_EQ(out, text);
+    out.clear();
+    EXPECT_EQ(InflateToString(out, Deflated(text, kZlibWrapper), kEncodingDeflate), 0);
+    EXPECT_EQ(out, text);
+}
+
+TEST(Inflate, GzipFindsOutWhichHeaderThereIs)
+{
+    std::string out;
+    EXPECT_EQ(InflateToString(out, Deflated("text", kZlibWrapper), kEncodingGzip), 0);
+    EXPECT_EQ(out, "text");
+}
+
+TEST(Inflate, DeflateTakesNoGzipHeader)
+{
+    const support::LogCapture log;
+    std::string out;
+    EXPECT_EQ(InflateToString(out, Deflated("text", kGzipWrapper), kEncodingDeflate), Z_DATA_ERROR);
+    EXPECT_EQ(log.messages("ERROR"), std::vector<std::string>{"GetResponse() inflate() ret=-3"});
+}
+
+TEST(Inflate, AppendsToWhatIsThere)
+{
+    std::string out = "before ";
+    EXPECT_EQ(InflateToString(out, Deflated("after", kGzipWrapper), kEncodingGzip), 0);
+    EXPECT_EQ(out, "before after");
+}
+
+TEST(Inflate, WholeChunksTakeOneMoreRound)
+{
+    for (const std::size_t size : {kInflateChunk, 2 * kInflateChunk, 16 * kInflateChunk})
+    {
+        const std::string text(size, 'x');
+        std::string out;
+        EXPECT_EQ(InflateToString(out, Deflated(text, kGzipWrapper), kEncodingGzip), 0) << size;
+        EXPECT_EQ(out, text) << size;
+    }
+}
+
+TEST(Inflate, CutBodyIsLoggedAndStillGivesWhatCameAndZero)
+{
+    const support::LogCapture log;
+    const std::string text = Noise(5000);
+    const std::string whole = Deflated(text, kGzipWrapper);
+    std::string out;
+    // Only the trailer's last bytes are gone: every byte of text is there.
+    EXPECT_EQ(InflateToString(out, std::span(whole).first(whole.size() - 4), kEncodingGzip), 0);
+    EXPECT_EQ(out, text);
+    EXPECT_EQ(log.messages("ERROR"),
+              std::vector<std::string>{"GetResponse() inflate() last return is not Z_STREAM_END, ret=0"});
+}
+
+TEST(Inflate, EmptyBodyIsNoStream)
+{
+    const support::LogCapture log;
+    std::string out;
+    EXPECT_EQ(InflateToString(out, {}, kEncodingGzip), Z_BUF_ERROR);
+    EXPECT_EQ(log.messages("ERROR"),
+              std::vector<std::string>{"GetResponse() inflate() last return is not Z_STREAM_END, ret=-5"});
+}
+
+TEST(Inflate, CorruptBodyIsADataError)
+{
+    const support::LogCapture log;
+    std::string whole = Deflated(Noise(5000), kGzipWrapper);
+    whole[whole.size() - 6] = static_cast<char>(~whole[whole.size() - 6]);
+    std::string out;
+    EXPECT_EQ(InflateToString(out, whole, kEncodingGzip), Z_DATA_ERROR);
+    EXPECT_EQ(log.messages("ERROR"), std::vector<std::string>{"GetResponse() inflate() ret=-3"});
+}
+
+TEST(Inflate, PresetDictionaryCountsAsDamage)
+{
+    const support::LogCapture log;
+    std::string out;
+    EXPECT_EQ(InflateToString(out, Deflated("some text", kZlibWrapper, "some dictionary"), kEncodingDeflate),
+              Z_DATA_ERROR);
+    EXPECT_EQ(log.messages("ERROR"), std::vector<std::string>{"GetResponse() inflate() ret=-3"});
+}
+
+TEST(Inflate, EveryCutOfABodyEndsInSomeResult)
+{
+    const std::string whole = Deflated(Noise(300), kGzipWrapper);
+    for (std::size_t length = 0; length < whole.size(); ++length)
+    {
+        std::string out;
+        const int result = InflateToString(out, std::span(whole).first(length), kEncodingGzip);
+        EXPECT_TRUE(result == 0 || result == Z_BUF_ERROR) << length << " " << result;
+    }
+}
