@@ -17,7 +17,7 @@ static inline std::uint32_t LoadLittleEndian32(const unsigned char* bytes)
 {
     if constexpr (std::endian::native == std::endian::little)
     {
-        std::uint32_t value;
+        std::uint32_t value = 0;
         std::memcpy(&value, bytes, sizeof value);
         return value;
     }
@@ -38,14 +38,18 @@ template <class Number>
 static inline void StoreLittleEndian(unsigned char* bytes, Number value)
 {
     for (std::size_t i = 0; i < sizeof value; ++i)
+    {
         bytes[i] = static_cast<unsigned char>(value >> (8 * i));
+    }
 }
 
 template <class Number>
 static inline void StoreBigEndian(unsigned char* bytes, Number value)
 {
     for (std::size_t i = 0; i < sizeof value; ++i)
+    {
         bytes[i] = static_cast<unsigned char>(value >> (8 * (sizeof value - 1 - i)));
+    }
 }
 
 } // namespace quorvex

@@ -15,7 +15,7 @@
 namespace quorvex
 {
 
-constexpr std::size_t DigestBlockSize = 64;
+constexpr std::size_t kDigestBlockSize = 64;
 
 /// Passes every block that is complete to `compress(const unsigned char* blocks, std::size_t count)`.
 /// @param pending the bytes of the block that is being collected
@@ -25,22 +25,30 @@ void FeedBlocks(unsigned char* pending, std::size_t held, const unsigned char* d
                 Compress compress)
 {
     if (size == 0)
+    {
         return;
+    }
     if (held != 0)
     {
-        const std::size_t taken = std::min(size, DigestBlockSize - held);
+        const std::size_t taken = std::min(size, kDigestBlockSize - held);
         std::memcpy(pending + held, data, taken);
-        if (held + taken < DigestBlockSize)
+        if (held + taken < kDigestBlockSize)
+        {
             return;
+        }
         compress(pending, 1);
         data += taken;
         size -= taken;
     }
-    const std::size_t rest = size % DigestBlockSize;
+    const std::size_t rest = size % kDigestBlockSize;
     if (size != rest)
-        compress(data, size / DigestBlockSize);
+    {
+        compress(data, size / kDigestBlockSize);
+    }
     if (rest != 0)
+    {
         std::memcpy(pending, data + (size - rest), rest);
+    }
 }
 
 /// Passes the last one or two blocks of a message to `compress`.
@@ -49,11 +57,11 @@ template <class Compress>
 void FeedPadding(const unsigned char* pending, std::size_t held, const std::array<unsigned char, 8>& length,
                  Compress compress)
 {
-    std::array<unsigned char, 2 * DigestBlockSize> last{};
+    std::array<unsigned char, 2 * kDigestBlockSize> last{};
     std::memcpy(last.data(), pending, held);
     last[held] = 0x80;
-    const std::size_t count = held + 1 + length.size() <= DigestBlockSize ? 1 : 2;
-    std::memcpy(last.data() + count * DigestBlockSize - length.size(), length.data(), length.size());
+    const std::size_t count = held + 1 + length.size() <= kDigestBlockSize ? 1 : 2;
+    std::memcpy(last.data() + count * kDigestBlockSize - length.size(), length.data(), length.size());
     compress(last.data(), count);
 }
 

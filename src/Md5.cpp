@@ -20,7 +20,7 @@ std::uint64_t BitCount(const md5_state_t& state)
 
 std::size_t HeldBytes(const md5_state_t& state)
 {
-    return state.count[0] / 8 % DigestBlockSize;
+    return state.count[0] / 8 % kDigestBlockSize;
 }
 
 void Append(md5_state_t& state, const unsigned char* data, std::size_t size)
@@ -57,7 +57,9 @@ Md5Digest Md5DigestOf(const std::uint32_t* chain)
 {
     Md5Digest digest;
     for (std::size_t i = 0; i < 4; ++i)
+    {
         StoreLittleEndian(&digest[4 * i], chain[i]);
+    }
     return digest;
 }
 
@@ -97,7 +99,9 @@ void md5_init(md5_state_t* state)
 void md5_append(md5_state_t* state, const unsigned char* data, int count)
 {
     if (count > 0)
+    {
         quorvex::Append(*state, data, static_cast<std::size_t>(count));
+    }
 }
 
 void md5_finish(md5_state_t* state, unsigned char digest[16])

@@ -2,8 +2,11 @@
 #define QUORVEX_MD5ROUNDS_H
 
 #include "ByteOrder.h"
+#include "DigestBlocks.h"
+#include "Prefetch.h"
 
 #include <bit>
+#include <cstddef>
 #include <cstdint>
 #include <type_traits>
 #include <utility>
@@ -16,7 +19,7 @@
 namespace quorvex
 {
 
-constexpr std::uint32_t Md5Sines[64] = {
+constexpr std::uint32_t kMd5Sines[64] = {
     0xd76aa478, 0xe8c7b756, 0x242070db, 0xc1bdceee, 0xf57c0faf, 0x4787c62a, 0xa8304613, 0xfd469501,
     0x698098d8, 0x8b44f7af, 0xffff5bb1, 0x895cd7be, 0x6b901122, 0xfd987193, 0xa679438e, 0x49b40821,
     0xf61e2562, 0xc040b340, 0x265e5a51, 0xe9b6c7aa, 0xd62f105d, 0x02441453, 0xd8a1e681, 0xe7d3fbc8,
@@ -26,23 +29,31 @@ constexpr std::uint32_t Md5Sines[64] = {
     0xf4292244, 0x432aff97, 0xab9423a7, 0xfc93a039, 0x655b59c3, 0x8f0ccc92, 0xffeff47d, 0x85845dd1,
     0x6fa87e4f, 0xfe2ce6e0, 0xa3014314, 0x4e0811a1, 0xf7537e82, 0xbd3af235, 0x2ad7d2bb, 0xeb86d391};
 
-constexpr int Md5Rotations[4][4] = {{7, 12, 17, 22}, {5, 9, 14, 20}, {4, 11, 16, 23}, {6, 10, 15, 21}};
+constexpr int kMd5Rotations[4][4] = {{7, 12, 17, 22}, {5, 9, 14, 20}, {4, 11, 16, 23}, {6, 10, 15, 21}};
 
-constexpr int Md5WordFactors[4] = {1, 5, 3, 7};
-constexpr int Md5WordOffsets[4] = {0, 1, 5, 0};
+constexpr int kMd5WordFactors[4] = {1, 5, 3, 7};
+constexpr int kMd5WordOffsets[4] = {0, 1, 5, 0};
 
 /// @return `sum` plus the round's function of b, c and d, where b is the word that comes last
 template <int Round>
 static inline std::uint32_t Md5AddMixed(std::uint32_t sum, std::uint32_t b, std::uint32_t c, std::uint32_t d)
 {
     if constexpr (Round == 0)
+    {
         return sum + (((c ^ d) & b) ^ d);
+    }
     else if constexpr (Round == 1)
+    {
         return (sum + (c & ~d)) + (b & d); // no bit is set in both halves, so that "or" is a sum
+    }
     else if constexpr (Round == 2)
+    {
         return sum + ((c ^ d) ^ b);
+    }
     else
+    {
         return sum + ((~d | b) ^ c);
+    }
 }
 
 /// The part of each step's sum that needs no chaining word, kept by round and by the word of the block that is in it.
@@ -54,14 +65,16 @@ struct Md5Addends
 /// @return which word of the block a step adds
 constexpr int Md5WordOf(int step)
 {
-    return (Md5WordFactors[step / 16] * step + Md5WordOffsets[step / 16]) % 16;
+    return (kMd5WordFactors[step / 16] * step + kMd5WordOffsets[step / 16]) % 16;
 }
 
 constexpr Md5Addends Md5SinesByWord()
 {
     Md5Addends sines{};
     for (int step = 0; step < 64; ++step)
-        sines.round[step / 16][Md5WordOf(step)] = Md5Sines[step];
+    {
+        sines.round[step / 16][Md5WordOf(step)] = kMd5Sines[step];
+    }
     return sines;
 }
 
@@ -70,8 +83,12 @@ static inline Md5Addends Md5AddendsOf(const unsigned char* block)
     static constexpr Md5Addends sines = Md5SinesByWord();
     Md5Addends addends;
     for (int round = 0; round < 4; ++round)
+    {
         for (int word = 0; word < 16; ++word)
+        {
             addends.round[round][word] = sines.round[round][word] + LoadLittleEndian32(block + 4 * word);
+        }
+    }
     return addends;
 }
 
@@ -84,7 +101,7 @@ static inline void Md5Step(std::uint32_t (&chain)[4], const Md5Addends& addends)
     const std::uint32_t c = chain[(66 - Step) % 4];
     const std::uint32_t d = chain[(67 - Step) % 4];
     const std::uint32_t sum = a + addends.round[round][Md5WordOf(Step)];
-    a = b + std::rotl(Md5AddMixed<round>(sum, b, c, d), Md5Rotations[round][Step % 4]);
+    a = b + std::rotl(Md5AddMixed<round>(sum, b, c, d), kMd5Rotations[round][Step % 4]);
 }
 
 /// Digests whole blocks.
@@ -95,22 +112,31 @@ static inline void Md5Blocks(std::uint32_t* chain, const unsigned char* blocks, 
                              std::integer_sequence<int, Step...>)
 {
     if (count == 0)
+    {
         return;
+    }
     // Made one block ahead, so that a step finds them in memory and the compiler does not put the sums back into it.
     Md5Addends addends[2];
     addends[0] = Md5AddendsOf(blocks);
     std::uint32_t words[4] = {chain[0], chain[1], chain[2], chain[3]};
-    for (std::size_t i = 0; i < count; ++i, blocks += 64)
+    for (std::size_t i = 0; i < count; ++i, blocks += kDigestBlockSize)
     {
+        PrefetchAhead(blocks);
         if (i + 1 < count)
-            addends[(i + 1) % 2] = Md5AddendsOf(blocks + 64);
+        {
+            addends[(i + 1) % 2] = Md5AddendsOf(blocks + kDigestBlockSize);
+        }
         const std::uint32_t before[4] = {words[0], words[1], words[2], words[3]};
         ((Md5Step<Step>(words, addends[i % 2]), beside(std::integral_constant<int, Step>{}, blocks)), ...);
         for (int k = 0; k < 4; ++k)
+        {
             words[k] += before[k];
+        }
     }
     for (int k = 0; k < 4; ++k)
+    {
         chain[k] = words[k];
+    }
 }
 
 } // namespace quorvex

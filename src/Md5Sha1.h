@@ -43,7 +43,7 @@ private:
     std::array<std::uint32_t, 4> m_md5;
     std::array<std::uint32_t, 5> m_sha1;
     std::uint64_t m_size = 0;
-    std::array<unsigned char, DigestBlockSize> m_pending{};
+    std::array<unsigned char, kDigestBlockSize> m_pending{};
 };
 
 } // namespace quorvex

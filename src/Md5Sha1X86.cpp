@@ -20,7 +20,9 @@ void Md5Sha1CompressX86(std::uint32_t* md5, std::uint32_t* sha1, const unsigned 
         constexpr int groups = 20;
         constexpr int done = step.value * groups / 64;
         if constexpr ((step.value + 1) * groups / 64 > done)
+        {
             sha1Chain.FourRounds<done>(block);
+        }
     };
     Md5Blocks(md5, blocks, count, sha1Beside, std::make_integer_sequence<int, 64>{});
     sha1Chain.Store(sha1);

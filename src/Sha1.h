@@ -48,7 +48,7 @@ private:
     Sha1CompressFunction m_compress;
     std::array<std::uint32_t, 5> m_chain;
     std::uint64_t m_size = 0;
-    std::array<unsigned char, DigestBlockSize> m_pending{};
+    std::array<unsigned char, kDigestBlockSize> m_pending{};
 };
 
 /// SHA-1 of one buffer.

@@ -38,11 +38,15 @@ public:
 
         __m128i& words = m_schedule[Group % 4];
         if constexpr (Group < 4)
+        {
             words = LoadWords(block + 16 * Group);
+        }
         else
+        {
             words = _mm_sha1msg2_epu32(
                 _mm_xor_si128(_mm_sha1msg1_epu32(words, m_schedule[(Group + 1) % 4]), m_schedule[(Group + 2) % 4]),
                 m_schedule[(Group + 3) % 4]);
+        }
 
         // After the first group, m_e holds the words a to d of four rounds ago, from which the next e is made.
         const __m128i e = Group == 0 ? _mm_add_epi32(m_e, words) : _mm_sha1nexte_epu32(m_e, words);

@@ -2,6 +2,7 @@
 
 #if QUORVEX_X86
 
+#include "Prefetch.h"
 #include "Sha1.h"
 #include "Sha1RoundsX86.h"
 
@@ -23,8 +24,11 @@ void DoBlock(Sha1ChainX86& sha1, const unsigned char* block, std::integer_sequen
 void Sha1CompressX86(std::uint32_t* chain, const unsigned char* blocks, std::size_t count)
 {
     Sha1ChainX86 sha1(chain);
-    for (; count != 0; --count, blocks += DigestBlockSize)
-        _mm_prefetch(reinterpret_cast<const char*>(blocks) + 2048, _MM_HINT_T0), DoBlock(sha1, blocks, std::make_integer_sequence<int, 20>{});
+    for (; count != 0; --count, blocks += kDigestBlockSize)
+    {
+        PrefetchAhead(blocks);
+        DoBlock(sha1, blocks, std::make_integer_sequence<int, 20>{});
+    }
     sha1.Store(chain);
 }
 

@@ -32,7 +32,7 @@ struct SourceTag
     }
 
 private:
-    static consteval bool IsSeparator(char character) { return character == '/' || character == '\\'; }
+    static constexpr bool IsSeparator(char character) { return character == '/' || character == '\\'; }
 };
 
 } // namespace quorvex

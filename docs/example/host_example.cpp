@@ -12,7 +12,8 @@ int wmain(int argc, wchar_t** argv)
     }
     quorvex::netdisk::CNetDisk disk(argv[1]);
     wchar_t key[34] = {};
-    unsigned long long totalSpace = 0, usedSpace = 0;
+    unsigned long long totalSpace = 0;
+    unsigned long long usedSpace = 0;
     unsigned long maxFileSize = 0;
     int result = disk.UserLogin(argv[2]);
     if (result == quorvex::Result::Ok)
@@ -24,7 +25,6 @@ int wmain(int argc, wchar_t** argv)
         std::wcerr << L"failed with result " << result << L", see Results.h\n";
         return 1;
     }
-    std::wcout << argv[4] << L" is stored as " << key << L"\n";
-    std::wcout << usedSpace << L" of " << totalSpace << L" bytes are used\n";
+    std::wcout << L"stored as " << key << L"; " << usedSpace << L" of " << totalSpace << L" bytes are used\n";
     return 0;
 }

@@ -159,7 +159,7 @@ int CNetDisk::FileGetChecksum(const wchar_t* folder, const wchar_t* fileName, un
                        LOG_TRACE(L"CNetDisk::FileGetChecksum(lpszFolder=" << folder << L",lpszFileName=" << fileName
                                                                           << L")");
                        char md5[kMd5TextSize] = {};
-                       std::uint32_t size = static_cast<std::uint32_t>(fileSize);
+                       auto size = static_cast<std::uint32_t>(fileSize);
                        FileMd5(fileName, folder, md5, size);
                        fileSize = size;
                        CopyUtf8(md5, md5Out, kMd5TextSize);

@@ -1,0 +1,30 @@
+#pragma once
+
+#include "NetDiskCommands.h"
+#include "Options.h"
+
+#include <optional>
+#include <string>
+#include <vector>
+
+namespace quorvex::console
+{
+
+struct Invocation
+{
+    Options options;
+    Command command = nullptr;
+};
+
+/// What the command line asks for, when that is no command: help, the version, or a complaint about itself.
+struct Answer
+{
+    int exitStatus = 0;
+    std::string text;
+};
+
+/// @param arguments the arguments in UTF-8, without the program's name
+/// @param answer    receives what to print when nothing is to be run
+std::optional<Invocation> ParseCommandLine(std::vector<std::string> arguments, Answer& answer);
+
+} // namespace quorvex::console

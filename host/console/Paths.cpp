@@ -1,0 +1,112 @@
+#include "Paths.h"
+
+#include "Failure.h"
+#include "Text.h"
+
+#include <algorithm>
+#include <cwctype>
+#include <optional>
+
+#include <windows.h>
+
+namespace quorvex::console
+{
+namespace
+{
+
+constexpr std::size_t longestPath = MAX_PATH - 1;
+
+/// The bytes that the system's 8-bit encoding has for a text; nothing when a character has none.
+std::optional<std::string> AnsiBytes(const std::wstring& text)
+{
+    if (GetACP() == CP_UTF8)
+        return ToUtf8(text);
+    const int length = static_cast<int>(text.size());
+    BOOL lost = FALSE;
+    const int size = WideCharToMultiByte(CP_ACP, WC_NO_BEST_FIT_CHARS, text.data(), length, nullptr, 0, nullptr, &lost);
+    if (lost != FALSE || size <= 0)
+        return std::nullopt;
+    std::string bytes(static_cast<std::size_t>(size), '\0');
+    WideCharToMultiByte(CP_ACP, WC_NO_BEST_FIT_CHARS, text.data(), length, bytes.data(), size, nullptr, nullptr);
+    return bytes;
+}
+
+/// The bytes of a text whose characters are one byte each; nothing when one is not.
+std::optional<std::string> LatinBytes(const std::wstring& text)
+{
+    std::string bytes;
+    for (const wchar_t character : text)
+    {
+        if (character > 0xFF)
+            return std::nullopt;
+        bytes += static_cast<char>(character);
+    }
+    return bytes;
+}
+
+bool IsForbidden(wchar_t character)
+{
+    return character < L' ' || std::wstring_view(L"<>:\"/\\|?*").find(character) != std::wstring_view::npos;
+}
+
+bool IsDevice(const std::wstring& name)
+{
+    std::wstring stem = name.substr(0, name.find(L'.'));
+    while (!stem.empty() && stem.back() == L' ')
+        stem.pop_back();
+    std::transform(stem.begin(), stem.end(), stem.begin(), [](wchar_t c) { return std::towupper(c); });
+    for (const wchar_t* const device : {L"CON", L"PRN", L"AUX", L"NUL", L"CONIN$", L"CONOUT$"})
+        if (stem == device)
+            return true;
+    if (stem.size() != 4 || (!stem.starts_with(L"COM") && !stem.starts_with(L"LPT")))
+        return false;
+    return std::wstring_view(L"0123456789\xB9\xB2\xB3").find(stem[3]) != std::wstring_view::npos;
+}
+
+} // namespace
+
+LocalPath SplitPath(const std::filesystem::path& path)
+{
+    const std::filesystem::path whole = std::filesystem::absolute(path).lexically_normal().make_preferred();
+    if (!whole.has_filename())
+        throw Failure(ToUtf8(whole.wstring()) + " is not a file");
+    if (whole.wstring().size() > longestPath)
+        throw Failure("the path of " + ToUtf8(whole.filename().wstring()) + " is longer than " +
+                      std::to_string(longestPath) + " characters");
+    std::wstring folder = whole.parent_path().wstring();
+    while (!folder.empty() && folder.back() == L'\\')
+        folder.pop_back();
+    return {folder, whole.filename().wstring()};
+}
+
+std::filesystem::path WithEnding(const std::filesystem::path& path, std::wstring_view ending)
+{
+    std::filesystem::path result = path;
+    result += ending;
+    return result;
+}
+
+std::wstring RepairedName(const std::wstring& name)
+{
+    for (const auto& bytes : {AnsiBytes(name), LatinBytes(name)})
+        if (bytes)
+            if (const auto meant = ToWide(*bytes))
+                return *meant;
+    return name;
+}
+
+std::wstring SafeName(std::wstring name, const std::wstring& fallback)
+{
+    // A header that closes the quotation gives its mark along with the name.
+    if (!name.empty() && name.back() == L'"')
+        name.pop_back();
+    std::replace_if(name.begin(), name.end(), IsForbidden, L'_');
+    // The system drops dots and blanks at a name's end, which would make another name of it.
+    while (!name.empty() && (name.back() == L'.' || name.back() == L' '))
+        name.pop_back();
+    if (name.empty())
+        return fallback;
+    return IsDevice(name) ? L'_' + name : name;
+}
+
+} // namespace quorvex::console

@@ -1,0 +1,33 @@
+#pragma once
+
+#include <filesystem>
+#include <string>
+#include <string_view>
+
+namespace quorvex::console
+{
+
+/// A local file as the module wants it: a folder without a trailing backslash, and a name in it.
+struct LocalPath
+{
+    std::wstring folder;
+    std::wstring name;
+
+    std::filesystem::path Whole() const { return folder + L'\\' + name; }
+};
+
+/// Makes a path absolute, in the system's spelling, and splits it.
+/// @throws Failure when it names no file or is too long for the module
+LocalPath SplitPath(const std::filesystem::path& path);
+
+/// The same file with an ending added to its name.
+std::filesystem::path WithEnding(const std::filesystem::path& path, std::wstring_view ending);
+
+/// A name from a response header, whose UTF-8 the system has taken for its own 8-bit encoding, as it was meant.
+std::wstring RepairedName(const std::wstring& name);
+
+/// A server's name for a file, made fit to be a file name here: one that stays in its folder and names no device.
+/// @param fallback taken when nothing is left of the name
+std::wstring SafeName(std::wstring name, const std::wstring& fallback);
+
+} // namespace quorvex::console

@@ -1,0 +1,155 @@
+#include "Progress.h"
+
+#include "Output.h"
+
+#include <array>
+#include <cstdio>
+
+namespace quorvex::console
+{
+namespace
+{
+
+std::uint64_t PartOf(std::uint64_t parts, std::uint64_t done, std::uint64_t total)
+{
+    return total == 0 ? parts : parts * done / total;
+}
+
+std::string TwoDigits(std::uint64_t number)
+{
+    return {static_cast<char>('0' + number / 10), static_cast<char>('0' + number % 10)};
+}
+
+/// How many columns a text takes, near enough: most characters of three bytes and more take two.
+std::size_t WidthOf(const std::string& text)
+{
+    std::size_t width = 0;
+    for (const char each : text)
+    {
+        const auto byte = static_cast<unsigned char>(each);
+        const bool continues = (byte & 0xC0) == 0x80;
+        width += continues ? 0 : byte > 0xE0 ? 2 : 1;
+    }
+    return width;
+}
+
+} // namespace
+
+std::string SizeText(std::uint64_t bytes)
+{
+    if (bytes < 1024)
+        return std::to_string(bytes) + (bytes == 1 ? " byte" : " bytes");
+    constexpr std::array units{"KiB", "MiB", "GiB", "TiB", "PiB", "EiB"};
+    double amount = static_cast<double>(bytes) / 1024;
+    std::size_t unit = 0;
+    // 1023.95 and more would be printed as 1024.0.
+    while (amount >= 1023.95 && unit + 1 < units.size())
+    {
+        amount /= 1024;
+        ++unit;
+    }
+    std::array<char, 32> text{};
+    std::snprintf(text.data(), text.size(), "%.1f %s", amount, units[unit]);
+    return text.data();
+}
+
+std::string ExactSizeText(std::uint64_t bytes)
+{
+    return bytes < 1024 ? SizeText(bytes) : SizeText(bytes) + " (" + std::to_string(bytes) + " bytes)";
+}
+
+std::string DurationText(std::uint64_t seconds)
+{
+    const std::uint64_t minutes = seconds / 60;
+    if (minutes == 0)
+        return std::to_string(seconds) + " s";
+    if (minutes < 60)
+        return std::to_string(minutes) + ':' + TwoDigits(seconds % 60) + " min";
+    return std::to_string(minutes / 60) + ':' + TwoDigits(minutes % 60) + ':' + TwoDigits(seconds % 60) + " h";
+}
+
+std::string ProgressText(std::uint64_t done, std::uint64_t total, double bytesPerSecond)
+{
+    std::string text = std::to_string(PartOf(100, done, total)) + " %  " + SizeText(done) + " of " + SizeText(total);
+    if (bytesPerSecond < 1)
+        return text;
+    text += "  " + SizeText(static_cast<std::uint64_t>(bytesPerSecond)) + "/s";
+    if (done < total)
+        text += "  " +
+                DurationText(static_cast<std::uint64_t>(static_cast<double>(total - done) / bytesPerSecond) + 1) +
+                " left";
+    return text;
+}
+
+std::string BarText(std::uint64_t done, std::uint64_t total)
+{
+    constexpr std::size_t width = 20;
+    const auto filled = static_cast<std::size_t>(PartOf(width, done, total));
+    return '[' + std::string(filled, '#') + std::string(width - filled, '.') + ']';
+}
+
+std::string BarLine(const std::string& title, const std::string& bar, const std::string& text, std::size_t columns)
+{
+    for (const std::string& line : {title + ' ' + bar + ' ' + text, bar + ' ' + text, text})
+    {
+        const std::size_t width = WidthOf(line);
+        if (width <= columns)
+            return line + std::string(columns - width, ' ');
+    }
+    return std::string(columns, ' ');
+}
+
+Progress::Progress(std::string title, std::uint64_t total, std::uint64_t alreadyDone, bool quiet)
+    : m_title(std::move(title)),
+      m_total(total),
+      m_alreadyDone(alreadyDone),
+      m_quiet(quiet),
+      m_columns(ErrorColumns()),
+      m_tenthsShown(PartOf(10, alreadyDone, total))
+{
+}
+
+Progress::~Progress()
+{
+    if (m_barIsShown)
+        WriteError("\n");
+}
+
+void Progress::Show(std::uint64_t done)
+{
+    if (m_quiet)
+        return;
+    if (m_columns != 0)
+        ShowBar(done);
+    else
+        ShowLine(done);
+}
+
+void Progress::ShowBar(std::uint64_t done)
+{
+    const auto now = Clock::now();
+    if (done != m_total && now - m_lastShown < std::chrono::milliseconds(100))
+        return;
+    m_lastShown = now;
+    m_barIsShown = true;
+    // A line of all columns would wrap.
+    WriteError('\r' + BarLine(m_title, BarText(done, m_total), TextAt(done), m_columns - 1));
+}
+
+void Progress::ShowLine(std::uint64_t done)
+{
+    const std::uint64_t tenths = PartOf(10, done, m_total);
+    if (tenths == m_tenthsShown)
+        return;
+    m_tenthsShown = tenths;
+    WriteError(m_title + "  " + TextAt(done) + '\n');
+}
+
+std::string Progress::TextAt(std::uint64_t done) const
+{
+    const double seconds = std::chrono::duration<double>(Clock::now() - m_start).count();
+    const auto bytes = static_cast<double>(done - m_alreadyDone);
+    return ProgressText(done, m_total, seconds > 0 ? bytes / seconds : 0);
+}
+
+} // namespace quorvex::console

@@ -1,0 +1,66 @@
+#include "Session.h"
+
+#include "Failure.h"
+#include "Text.h"
+
+namespace quorvex::console
+{
+namespace
+{
+
+int SendLogin(netdisk::CNetDisk& disk, const Options& options)
+{
+    const std::string method = LoginMethod(options);
+    if (method == "session")
+    {
+        const std::wstring session = JsonEscaped(options.session);
+        CheckThatRequestHolds({session});
+        return disk.UserLogin(session.c_str());
+    }
+    if (method == "password")
+    {
+        const std::wstring user = JsonEscaped(options.user);
+        const std::wstring password = JsonEscaped(options.password);
+        CheckThatRequestHolds({user, password});
+        return disk.UserLogin(user.c_str(), password.c_str());
+    }
+    const std::size_t colon = options.ticket.find(':');
+    const std::wstring first = JsonEscaped(options.ticket.substr(0, colon));
+    const std::wstring second = JsonEscaped(options.ticket.substr(colon + 1));
+    CheckThatRequestHolds({first, second});
+    return disk.PassportLoginTicket(first.c_str(), second.c_str());
+}
+
+} // namespace
+
+std::string LoginMethod(const Options& options)
+{
+    if (!options.session.empty())
+        return "session";
+    if (!options.user.empty())
+        return "password";
+    return options.ticket.empty() ? "" : "ticket";
+}
+
+std::unique_ptr<netdisk::CNetDisk> LogIn(const Options& options)
+{
+    auto disk = std::make_unique<netdisk::CNetDisk>(Wide(options.server).c_str());
+    if (!disk->IsConnected())
+        throw Failure("cannot use the server address " + options.server, Result::NotConnected);
+    Check(SendLogin(*disk, options), "cannot log in to " + options.server);
+    return disk;
+}
+
+void CheckThatRequestHolds(std::initializer_list<std::wstring> escapedTexts)
+{
+    // The keys, quotes and braces of the longest request take 32 of its 255 bytes.
+    constexpr std::size_t room = 255 - 32;
+    std::size_t size = 0;
+    for (const std::wstring& text : escapedTexts)
+        size += ToUtf8(text).size();
+    if (size > room)
+        throw Failure("the names or credentials given have " + std::to_string(size) +
+                      " bytes in UTF-8; a request holds at most " + std::to_string(room));
+}
+
+} // namespace quorvex::console

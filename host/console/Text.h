@@ -1,0 +1,22 @@
+#pragma once
+
+#include <optional>
+#include <string>
+#include <string_view>
+
+namespace quorvex::console
+{
+
+/// UTF-16 to UTF-8; a lone surrogate becomes U+FFFD.
+std::string ToUtf8(std::wstring_view text);
+
+/// UTF-8 to UTF-16; nothing when the bytes are not valid UTF-8.
+std::optional<std::wstring> ToWide(std::string_view text);
+
+/// UTF-8 to UTF-16 for what the command line and the system have given, which is valid already.
+std::wstring Wide(std::string_view text);
+
+/// The module puts texts into JSON bodies as they are, so whatever JSON keeps for itself is escaped here.
+std::wstring JsonEscaped(std::string_view text);
+
+} // namespace quorvex::console

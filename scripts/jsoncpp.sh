@@ -1,0 +1,48 @@
+#!/usr/bin/env bash
+# Builds JsonCpp for Windows from Debian's source package into build/deps/ARCH: jsoncpp.sh [x86_64|i686]
+set -euo pipefail
+
+arch=${1:-x86_64}
+root=$(cd "$(dirname "${BASH_SOURCE[0]}")/.." && pwd)
+work=$root/build/jsoncpp
+prefix=$root/build/deps/$arch
+
+# The machine's own package sources, as source-package entries, in either of apt's two forms.
+source_entries() {
+    local entries=$work/apt/sources file
+    rm -rf "$entries"
+    mkdir -p "$entries" "$work/apt/lists/partial" "$work/apt/cache/archives/partial"
+    for file in /etc/apt/sources.list /etc/apt/sources.list.d/*.list; do
+        if [[ -r $file ]]; then sed -n 's/^[[:space:]]*deb[[:space:]]/deb-src /p' "$file"; fi
+    done >"$entries/machine.list"
+    for file in /etc/apt/sources.list.d/*.sources; do
+        if [[ -r $file ]]; then sed 's/^Types:.*/Types: deb-src/' "$file" >"$entries/$(basename "$file")"; fi
+    done
+}
+
+# Only the lists and the cache are set apart: the machine's keys, proxies and preferences still hold.
+own_apt() {
+    apt-get -q -o Dir::Etc::sourcelist=/dev/null -o Dir::Etc::sourceparts="$work/apt/sources" \
+        -o Dir::State::lists="$work/apt/lists" -o Dir::Cache="$work/apt/cache" \
+        -o APT::Sandbox::User="$(id -un)" "$@"
+}
+
+# Unpacked beside its place and then moved there, so that an interrupted download is not taken for a whole one.
+fetch() {
+    local unpacked=$work/unpacked
+    source_entries
+    # A source without source packages is no harm as long as one of them has this package.
+    own_apt update || true
+    rm -rf "$unpacked"
+    mkdir -p "$unpacked"
+    (cd "$unpacked" && own_apt source --only-source libjsoncpp)
+    mv "$unpacked"/libjsoncpp-*/ "$work/source"
+}
+
+[[ -d $work/source ]] || fetch
+cmake -G Ninja -S "$work/source" -B "$work/$arch" -DCMAKE_BUILD_TYPE=Release \
+    -DCMAKE_SYSTEM_NAME=Windows -DCMAKE_SYSTEM_PROCESSOR="$arch" \
+    -DCMAKE_CXX_COMPILER="$arch-w64-mingw32-g++-posix" -DCMAKE_INSTALL_PREFIX="$prefix" \
+    -DBUILD_SHARED_LIBS=OFF -DBUILD_OBJECT_LIBS=OFF \
+    -DJSONCPP_WITH_TESTS=OFF -DJSONCPP_WITH_POST_BUILD_UNITTEST=OFF
+cmake --build "$work/$arch" --target install

@@ -1,0 +1,137 @@
+# Shared by the commands in the root folder; they source it after setting $root.
+# shellcheck shell=bash
+# shellcheck disable=SC2154
+
+# One language for every tool's output, and UTF-8 for the file names that Wine hands on.
+export LC_ALL=C.UTF-8
+
+build=$root/build
+jobs=$(nproc)
+
+packages=(
+    g++ cmake ninja-build pkgconf dpkg-dev openssl
+    g++-mingw-w64-x86-64-posix libz-mingw-w64-dev wine wine64
+    googletest libcpp-httplib-dev libsqlitecpp-dev libsqlite3-dev libcli11-dev libjsoncpp-dev zlib1g-dev
+    libssl-dev clang clang-tidy clang-format
+)
+
+say() {
+    printf '== %s\n' "$*"
+}
+
+fail() {
+    printf '%s\n' "$*" >&2
+    exit 1
+}
+
+# Runs a command with its output in build/logs/NAME.log; when it fails, shows the log's end: quietly NAME COMMAND...
+quietly() {
+    local log=$build/logs/$1.log
+    shift
+    mkdir -p "$build/logs"
+    if ! "$@" </dev/null >"$log" 2>&1; then
+        tail -n 40 "$log" >&2
+        printf 'This failed: %s\nIts whole output is in %s\n' "$*" "$log" >&2
+        return 1
+    fi
+}
+
+# Two commands started at the same time would otherwise install and build over each other.
+lock_build() {
+    mkdir -p "$build"
+    exec 8>"$build/lock"
+    flock 8
+}
+
+unlock_build() {
+    exec 8>&-
+}
+
+as_root() {
+    if [[ $(id -u) -eq 0 ]]; then
+        "$@"
+    else
+        sudo "$@"
+    fi
+}
+
+apt_install() {
+    as_root apt-get -q update || true
+    as_root env DEBIAN_FRONTEND=noninteractive apt-get -q -y install --no-install-recommends "$@"
+}
+
+# install_packages NAME...
+install_packages() {
+    local missing=() name
+    command -v dpkg-query >/dev/null || fail "This needs Debian or a system built on it: its packages supply the tools."
+    for name in "$@"; do
+        [[ $(dpkg-query -W -f '${db:Status-Status}' "$name" 2>/dev/null) == installed ]] || missing+=("$name")
+    done
+    ((${#missing[@]})) || return 0
+    [[ $(id -u) -eq 0 ]] || command -v sudo >/dev/null ||
+        fail "Packages are missing, and installing them takes root or sudo: ${missing[*]}"
+    say "installing ${#missing[@]} packages: ${missing[*]}"
+    quietly apt apt_install "${missing[@]}"
+}
+
+# Libraries for Windows that are already there, in the folder QUORVEX_PREFIX or CMAKE_PREFIX_PATH names.
+windows_prefix() {
+    printf '%s' "${QUORVEX_PREFIX:-${CMAKE_PREFIX_PATH:-}}"
+}
+
+# supply_jsoncpp ARCH
+supply_jsoncpp() {
+    local prefix
+    IFS=: read -ra prefix <<<"$(windows_prefix)"
+    for prefix in "${prefix[@]}" "$build/deps/$1"; do
+        if compgen -G "$prefix/lib*/cmake/jsoncpp/*.cmake" >/dev/null; then return 0; fi
+    done
+    say "building JsonCpp for Windows ($1)"
+    quietly "jsoncpp-$1" "$root/scripts/jsoncpp.sh" "$1"
+}
+
+# configure PRESET: only the first time, or when other libraries are asked for; ninja sees to the rest.
+configure() {
+    local prefix options=()
+    prefix=$(windows_prefix)
+    if [[ $1 == windows-* && -n $prefix ]]; then options=("-DCMAKE_PREFIX_PATH=${prefix//:/;}"); fi
+    if [[ ${#options[@]} -gt 0 || ! -e $build/$1/build.ninja ]]; then
+        (cd "$root" && quietly "configure-$1" cmake --preset "$1" "${options[@]}")
+    fi
+}
+
+# build_preset PRESET [TARGET...]
+build_preset() {
+    local preset=$1
+    shift
+    configure "$preset"
+    if ninja -C "$build/$preset" -n "$@" 2>/dev/null | grep -q 'no work to do'; then return 0; fi
+    say "building $preset"
+    quietly "build-$preset" ninja -C "$build/$preset" -j "$jobs" "$@"
+}
+
+# Everything the commands need to begin with.
+prepare() {
+    install_packages "${packages[@]}"
+    supply_jsoncpp x86_64
+}
+
+# Wine makes its folder when first used, which takes seconds that belong to no program.
+prepare_wine() {
+    if [[ -d $build/wine/drive_c ]]; then return 0; fi
+    say "preparing Wine"
+    quietly wine-start "$root/scripts/wine.sh" cmd /c exit
+}
+
+seconds_since() {
+    awk -v from="$1" -v to="$EPOCHREALTIME" 'BEGIN { printf "%.2f", to - from }'
+}
+
+# The 32-bit module needs a Wine that runs 32-bit programs, which a 64-bit Debian installs only when asked to.
+prepare_x86() {
+    install_packages g++-mingw-w64-i686-posix
+    [[ -x /usr/lib/wine/wine ]] || fail "32-bit programs need 32-bit Wine: as root, run
+  dpkg --add-architecture i386 && apt-get update && apt-get install wine32:i386
+and remove $build/wine, which is then made anew."
+    supply_jsoncpp i686
+}

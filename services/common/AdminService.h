@@ -1,0 +1,37 @@
+#pragma once
+
+#include "common/Accounts.h"
+#include "common/HttpServer.h"
+#include "common/Sessions.h"
+
+#include <cstdint>
+#include <string>
+
+#include <json/value.h>
+
+namespace quorvex::services
+{
+
+// What a development set-up needs besides the protocol: accounts, tickets, and sessions that end on demand. Answers
+// only programs on the same machine.
+class AdminService
+{
+public:
+    AdminService(Accounts& accounts, Sessions& sessions);
+
+    void AddRoutes(HttpServer& server);
+
+private:
+    using Handler = Json::Value (AdminService::*)(const Json::Value& body);
+
+    void AddRoute(HttpServer& server, const std::string& path, Handler handler);
+    Json::Value AddUser(const Json::Value& body);
+    Json::Value IssueTicket(const Json::Value& body);
+    Json::Value ExpireSessions(const Json::Value& body);
+    std::int64_t RequireAccount(const std::string& name);
+
+    Accounts& accounts_;
+    Sessions& sessions_;
+};
+
+} // namespace quorvex::services

@@ -1,0 +1,105 @@
+#include "Paths.h"
+#include "Failure.h"
+#include "Text.h"
+
+#include <gtest/gtest.h>
+
+#include <filesystem>
+
+namespace quorvex::console
+{
+namespace
+{
+
+/// The text that the system makes of a header's UTF-8 bytes when it takes each for one character.
+std::wstring AsLatin(const std::string& bytes)
+{
+    std::wstring text;
+    for (const char byte : bytes)
+        text += static_cast<wchar_t>(static_cast<unsigned char>(byte));
+    return text;
+}
+
+TEST(SplitPath, MakesRelativePathsAbsolute)
+{
+    const LocalPath local = SplitPath(L"some.txt");
+    EXPECT_EQ(local.name, L"some.txt");
+    EXPECT_TRUE(std::filesystem::equivalent(local.folder, std::filesystem::current_path()));
+    EXPECT_EQ(SplitPath(L".\\x\\..\\some.txt").Whole(), local.Whole());
+}
+
+TEST(SplitPath, LeavesNoTrailingBackslashOnTheFolder)
+{
+    EXPECT_EQ(SplitPath(L"C:\\some.txt").folder, L"C:");
+    EXPECT_EQ(SplitPath(L"C:/a//b/some.txt").folder, L"C:\\a\\b");
+    EXPECT_EQ(SplitPath(L"C:\\a\\some.txt").Whole(), L"C:\\a\\some.txt");
+}
+
+TEST(SplitPath, RefusesWhatIsNoFileOrTooLong)
+{
+    EXPECT_THROW(SplitPath(L"C:\\"), Failure);
+    EXPECT_THROW(SplitPath(L"C:\\folder\\"), Failure);
+    EXPECT_EQ(SplitPath(L"C:\\" + std::wstring(256, L'x')).name.size(), 256u);
+    EXPECT_THROW(SplitPath(L"C:\\" + std::wstring(257, L'x')), Failure);
+}
+
+TEST(RepairedName, GivesBackTheUtf8OfTheHeader)
+{
+    for (const char* const meant : {"plain.txt", "caf\xC3\xA9.txt", "\xE6\x97\xA5\xE6\x9C\xAC.txt", "\xF0\x9F\x98\x80"})
+        EXPECT_EQ(RepairedName(AsLatin(meant)), Wide(meant)) << meant;
+}
+
+TEST(RepairedName, LeavesAloneWhatNeedsNoRepair)
+{
+    for (const wchar_t* const name : {L"", L"caf\xE9.txt", L"\x65E5\x672C.txt", L"\xD83D\xDE00"})
+        EXPECT_EQ(RepairedName(name), name);
+}
+
+TEST(SafeName, KeepsOrdinaryNames)
+{
+    for (const wchar_t* const name :
+         {L"a", L"report.final.pdf", L".profile", L"caf\xE9 \x65E5\x672C.txt", L"CONSOLE.txt", L"COM10", L"a..b"})
+        EXPECT_EQ(SafeName(name, L"key"), name);
+}
+
+TEST(SafeName, NeverLeavesTheFolder)
+{
+    EXPECT_EQ(SafeName(L"..\\..\\evil.exe", L"key"), L".._.._evil.exe");
+    EXPECT_EQ(SafeName(L"/etc/passwd", L"key"), L"_etc_passwd");
+    EXPECT_EQ(SafeName(L"C:evil.exe", L"key"), L"C_evil.exe");
+    EXPECT_EQ(SafeName(L"file.txt:stream", L"key"), L"file.txt_stream");
+    EXPECT_EQ(SafeName(L"\\\\server\\share", L"key"), L"__server_share");
+}
+
+TEST(SafeName, ReplacesWhatNoNameMayHold)
+{
+    EXPECT_EQ(SafeName(L"a<b>c\"d|e?f*g\x1h\ni", L"key"), L"a_b_c_d_e_f_g_h_i");
+}
+
+TEST(SafeName, DropsTheMarkThatClosesTheQuotation)
+{
+    EXPECT_EQ(SafeName(L"a.txt\"", L"key"), L"a.txt");
+    EXPECT_EQ(SafeName(L"\"", L"key"), L"key");
+}
+
+TEST(SafeName, FallsBackWhenNothingIsLeft)
+{
+    for (const wchar_t* const name : {L"", L".", L"..", L"...", L" ", L". ."})
+        EXPECT_EQ(SafeName(name, L"key"), L"key");
+    EXPECT_EQ(SafeName(L"a. .", L"key"), L"a");
+}
+
+TEST(SafeName, NamesNoDevice)
+{
+    for (const wchar_t* const name :
+         {L"CON", L"nul", L"Aux.txt", L"prn .tar.gz", L"COM1", L"lpt9.log", L"COM\xB9", L"CONIN$"})
+        EXPECT_EQ(SafeName(name, L"key"), std::wstring(L"_") + name);
+}
+
+TEST(WithEnding, AddsToTheName)
+{
+    EXPECT_EQ(WithEnding(L"C:\\a.b\\c.d", L".e"), std::filesystem::path(L"C:\\a.b\\c.d.e"));
+}
+
+} // namespace
+} // namespace quorvex::console

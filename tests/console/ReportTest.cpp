@@ -1,0 +1,35 @@
+#include "Output.h"
+
+#include <gtest/gtest.h>
+
+namespace quorvex::console
+{
+namespace
+{
+
+TEST(Report, PutsValuesBelowEachOtherForPeople)
+{
+    Report report;
+    report.Add("key", "0a1b");
+    report.Add("size", Json::UInt64{1536}, "1.5 KiB (1536 bytes)");
+    EXPECT_EQ(report.ForPeople(), "key   0a1b\nsize  1.5 KiB (1536 bytes)\n");
+}
+
+TEST(Report, IsOneLineOfJsonForMachines)
+{
+    Report report;
+    report.Add("name", "caf\xC3\xA9 \"x\"\n");
+    report.Add("size", Json::UInt64{4294967295u}, "4.0 GiB");
+    report.Add("md5", Json::Value(), "none");
+    EXPECT_EQ(report.ForMachines(), "{\"md5\":null,\"name\":\"caf\xC3\xA9 \\\"x\\\"\\n\",\"ok\":true,"
+                                    "\"size\":4294967295}\n");
+}
+
+TEST(Report, CanBeEmpty)
+{
+    EXPECT_EQ(Report().ForPeople(), "");
+    EXPECT_EQ(Report().ForMachines(), "{\"ok\":true}\n");
+}
+
+} // namespace
+} // namespace quorvex::console

@@ -1,0 +1,36 @@
+#include "Text.h"
+
+#include <gtest/gtest.h>
+
+namespace quorvex::console
+{
+namespace
+{
+
+TEST(Text, ConvertsEveryScriptBothWays)
+{
+    const std::wstring wide = L"a\xE9\x20AC\x65E5\xD83D\xDE00";
+    const std::string narrow = "a\xC3\xA9\xE2\x82\xAC\xE6\x97\xA5\xF0\x9F\x98\x80";
+    EXPECT_EQ(ToUtf8(wide), narrow);
+    EXPECT_EQ(ToWide(narrow), wide);
+    EXPECT_EQ(ToUtf8(L""), "");
+    EXPECT_EQ(ToWide(""), L"");
+}
+
+TEST(Text, TellsBytesThatAreNoUtf8)
+{
+    for (const char* const bytes : {"\x80", "caf\xE9", "\xC3", "\xED\xA0\x80", "\xC0\xAF", "\xF4\x90\x80\x80"})
+        EXPECT_EQ(ToWide(bytes), std::nullopt) << testing::PrintToString(bytes);
+    EXPECT_EQ(Wide("caf\xE9"), L"");
+}
+
+TEST(Text, EscapesWhatJsonKeepsForItself)
+{
+    EXPECT_EQ(JsonEscaped(""), L"");
+    EXPECT_EQ(JsonEscaped("plain \xC3\xA9/"), L"plain \xE9/");
+    EXPECT_EQ(JsonEscaped("a\"b\\c"), L"a\\\"b\\\\c");
+    EXPECT_EQ(JsonEscaped("\n\x1F\x7F"), L"\\u000a\\u001f\x7F");
+}
+
+} // namespace
+} // namespace quorvex::console

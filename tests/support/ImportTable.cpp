@@ -1,0 +1,57 @@
+#include "support/ImportTable.h"
+
+#include <stdexcept>
+
+namespace support
+{
+namespace
+{
+
+void writeEntry(void** entry, void* value)
+{
+    DWORD protection = 0;
+    if (VirtualProtect(entry, sizeof *entry, PAGE_READWRITE, &protection) == FALSE)
+        throw std::runtime_error("the import table cannot be written");
+    *entry = value;
+    VirtualProtect(entry, sizeof *entry, protection, &protection);
+}
+
+} // namespace
+
+void** ImportTable::entry(std::string_view function) const
+{
+    auto* const base = reinterpret_cast<unsigned char*>(m_module);
+    const auto* const dos = reinterpret_cast<const IMAGE_DOS_HEADER*>(base);
+    const auto* const headers = reinterpret_cast<const IMAGE_NT_HEADERS*>(base + dos->e_lfanew);
+    const auto& directory = headers->OptionalHeader.DataDirectory[IMAGE_DIRECTORY_ENTRY_IMPORT];
+    if (directory.Size == 0)
+        return nullptr;
+
+    for (auto* import = reinterpret_cast<const IMAGE_IMPORT_DESCRIPTOR*>(base + directory.VirtualAddress);
+         import->Name != 0; ++import)
+    {
+        const auto* name = reinterpret_cast<const IMAGE_THUNK_DATA*>(base + import->OriginalFirstThunk);
+        auto* address = reinterpret_cast<IMAGE_THUNK_DATA*>(base + import->FirstThunk);
+        for (; name->u1.AddressOfData != 0; ++name, ++address)
+        {
+            if (IMAGE_SNAP_BY_ORDINAL(name->u1.Ordinal))
+                continue;
+            const auto* const byName = reinterpret_cast<const IMAGE_IMPORT_BY_NAME*>(base + name->u1.AddressOfData);
+            if (function == reinterpret_cast<const char*>(byName->Name))
+                return reinterpret_cast<void**>(&address->u1.Function);
+        }
+    }
+    return nullptr;
+}
+
+ImportPatch::ImportPatch(void** entry, void* replacement) : m_entry(entry), m_original(*entry)
+{
+    writeEntry(entry, replacement);
+}
+
+ImportPatch::~ImportPatch()
+{
+    writeEntry(m_entry, m_original);
+}
+
+} // namespace support

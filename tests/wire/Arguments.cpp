@@ -1,0 +1,312 @@
+#include "wire/Arguments.h"
+
+#include "support/Text.h"
+
+#include <algorithm>
+#include <cctype>
+#include <cstdlib>
+#include <cstring>
+#include <utility>
+
+namespace wire
+{
+namespace
+{
+
+using Kind = ArgumentSpec::Kind;
+
+/// Reads arguments from left to right.
+class Scanner
+{
+public:
+    explicit Scanner(std::string_view raw) : m_rest(raw) {}
+
+    bool atEnd()
+    {
+        skipBlanks();
+        return m_rest.empty();
+    }
+
+    bool isAt(std::string_view token)
+    {
+        skipBlanks();
+        return m_rest.starts_with(token);
+    }
+
+    bool accept(std::string_view token)
+    {
+        if (!isAt(token))
+            return false;
+        m_rest.remove_prefix(token.size());
+        return true;
+    }
+
+    void expect(std::string_view token)
+    {
+        if (!accept(token))
+            throw CaseError("expected " + std::string(token) + " before: " + std::string(m_rest));
+    }
+
+    /// The inside of a quoted text, its escapes left as they are.
+    std::string_view quoted()
+    {
+        expect("\"");
+        std::size_t end = 0;
+        while (end < m_rest.size() && m_rest[end] != '"')
+            end += m_rest[end] == '\\' ? 2 : 1;
+        if (end >= m_rest.size())
+            throw CaseError("a text without an end");
+        const std::string_view inside = m_rest.substr(0, end);
+        m_rest.remove_prefix(end + 1);
+        return inside;
+    }
+
+    std::string word()
+    {
+        skipBlanks();
+        const auto isPart = [](unsigned char c) { return c < 0x80 && (std::isalnum(c) != 0 || c == '-' || c == '_'); };
+        const auto end = std::ranges::find_if_not(m_rest, isPart);
+        const std::string found(m_rest.begin(), end);
+        if (found.empty())
+            throw CaseError("expected a name or a number before: " + std::string(m_rest));
+        m_rest.remove_prefix(found.size());
+        return found;
+    }
+
+    long long number()
+    {
+        const std::string digits = word();
+        char* end = nullptr;
+        const long long value = std::strtoll(digits.c_str(), &end, 0);
+        if (*end != '\0')
+            throw CaseError("not a number: " + digits);
+        return value;
+    }
+
+private:
+    void skipBlanks() { m_rest.remove_prefix(std::min(m_rest.find_first_not_of(' '), m_rest.size())); }
+
+    std::string_view m_rest;
+};
+
+void parseRoom(Scanner& scanner, ArgumentSpec& spec)
+{
+    spec.name = scanner.word();
+    scanner.expect("[");
+    spec.number = scanner.number();
+    scanner.expect("]");
+}
+
+ArgumentSpec parseArgument(Scanner& scanner, const Variables& variables)
+{
+    ArgumentSpec spec;
+    if (scanner.accept("null"))
+        return spec;
+    if (scanner.accept("wide "))
+    {
+        spec.kind = Kind::OutWide;
+        parseRoom(scanner, spec);
+    }
+    else if (scanner.accept("bytes "))
+    {
+        spec.kind = Kind::OutBytes;
+        parseRoom(scanner, spec);
+    }
+    else if (scanner.accept("out "))
+    {
+        spec.kind = Kind::OutNumber;
+        spec.name = scanner.word();
+        spec.number = scanner.accept("=") ? scanner.number() : 0x5A5A5A5A;
+    }
+    else if (scanner.accept("data "))
+    {
+        spec.kind = Kind::Data;
+        spec.text = expand(scanner.quoted(), variables);
+    }
+    else if (scanner.isAt("\""))
+    {
+        spec.kind = Kind::Text;
+        spec.text = expand(scanner.quoted(), variables);
+    }
+    else
+    {
+        spec.kind = Kind::Number;
+        spec.number = scanner.number();
+    }
+    return spec;
+}
+
+std::string quotedText(std::string_view bytes)
+{
+    return "\"" + support::escaped(bytes) + "\"";
+}
+
+/// The bytes between the quotation marks of an expected value.
+std::string expectedBytes(std::string_view raw, const Variables& variables)
+{
+    Scanner scanner(raw);
+    return expand(scanner.quoted(), variables);
+}
+
+template <typename Number>
+Number load(std::string_view bytes)
+{
+    Number value;
+    std::memcpy(&value, bytes.data(), sizeof value);
+    return value;
+}
+
+std::string shownNumber(std::string_view bytes, bool isSigned)
+{
+    if (bytes.size() == sizeof(long long))
+        return isSigned ? std::to_string(load<long long>(bytes)) : std::to_string(load<unsigned long long>(bytes));
+    return isSigned ? std::to_string(load<int>(bytes)) : std::to_string(load<unsigned>(bytes));
+}
+
+std::string differenceOfWide(std::string_view content, const std::string& expected)
+{
+    std::wstring text(content.size() / sizeof(wchar_t), L'\0');
+    std::memcpy(text.data(), content.data(), text.size() * sizeof(wchar_t));
+    const auto end = text.find(L'\0');
+    if (end == std::wstring::npos)
+        return "no terminator within the room";
+    const std::string actual = support::toUtf8(text.substr(0, end));
+    return actual == expected ? "" : "is " + quotedText(actual) + " instead of " + quotedText(expected);
+}
+
+std::string differenceOfBytes(std::string_view content, const std::string& expected)
+{
+    const std::string_view behind = content.substr(std::min(expected.size(), content.size()));
+    if (!content.starts_with(expected))
+        return "is " + quotedText(content.substr(0, expected.size())) + " instead of " + quotedText(expected);
+    if (behind != std::string(behind.size(), GuardedBuffer::fill))
+        return "bytes behind the expected ones were written: " + quotedText(behind);
+    return "";
+}
+
+} // namespace
+
+std::vector<ArgumentSpec> parseArguments(std::string_view raw, const Variables& variables)
+{
+    std::vector<ArgumentSpec> specs;
+    Scanner scanner(raw);
+    scanner.expect("(");
+    if (!scanner.accept(")"))
+    {
+        do
+            specs.push_back(parseArgument(scanner, variables));
+        while (scanner.accept(","));
+        scanner.expect(")");
+    }
+    if (!scanner.atEnd())
+        throw CaseError("text behind the arguments");
+    return specs;
+}
+
+GuardedBuffer::GuardedBuffer(std::size_t size) : m_size(size), m_bytes(guard + size + guard, fill)
+{
+}
+
+bool GuardedBuffer::isGuardIntact() const
+{
+    const std::string zone(guard, fill);
+    return m_bytes.starts_with(zone) && m_bytes.ends_with(zone);
+}
+
+Arguments::Arguments(const std::vector<ArgumentSpec>& specs)
+{
+    for (const ArgumentSpec& spec : specs)
+    {
+        Argument argument{spec, support::toWide(spec.text), std::nullopt};
+        if (spec.kind == Kind::OutWide)
+            argument.memory.emplace(static_cast<std::size_t>(spec.number) * sizeof(wchar_t));
+        else if (spec.kind == Kind::OutBytes)
+            argument.memory.emplace(static_cast<std::size_t>(spec.number));
+        m_arguments.push_back(std::move(argument));
+    }
+}
+
+const Arguments::Argument& Arguments::at(std::size_t index, Kind kind) const
+{
+    if (index >= m_arguments.size())
+        throw CaseError("too few arguments");
+    const Argument& argument = m_arguments[index];
+    if (argument.spec.kind != kind)
+        throw CaseError("argument " + std::to_string(index + 1) + " is of the wrong kind");
+    return argument;
+}
+
+Arguments::Argument& Arguments::at(std::size_t index, Kind kind)
+{
+    return const_cast<Argument&>(std::as_const(*this).at(index, kind));
+}
+
+const wchar_t* Arguments::text(std::size_t index) const
+{
+    if (index < m_arguments.size() && m_arguments[index].spec.kind == Kind::Null)
+        return nullptr;
+    return at(index, Kind::Text).wideText.c_str();
+}
+
+wchar_t* Arguments::wide(std::size_t index)
+{
+    if (index < m_arguments.size() && m_arguments[index].spec.kind == Kind::Null)
+        return nullptr;
+    return static_cast<wchar_t*>(at(index, Kind::OutWide).memory->data());
+}
+
+void* Arguments::buffer(std::size_t index)
+{
+    if (index < m_arguments.size() && m_arguments[index].spec.kind == Kind::Null)
+        return nullptr;
+    if (index < m_arguments.size() && m_arguments[index].spec.kind == Kind::Data)
+        return m_arguments[index].spec.text.data();
+    return at(index, Kind::OutBytes).memory->data();
+}
+
+std::string Arguments::difference(const Argument& argument, const std::string* expected, const Variables& variables)
+{
+    const GuardedBuffer& memory = *argument.memory;
+    if (!memory.isGuardIntact())
+        return "bytes outside of its room were written";
+    const bool isNumber = argument.spec.kind == Kind::OutNumber;
+    if (expected == nullptr || *expected == "unchanged")
+    {
+        if (isNumber)
+        {
+            const std::string actual = shownNumber(memory.content(), argument.isSigned);
+            return actual == std::to_string(argument.spec.number) ? "" : "is " + actual + " instead of unchanged";
+        }
+        return memory.isUnchanged() ? "" : "is " + quotedText(memory.content()) + " instead of unchanged";
+    }
+    if (isNumber)
+    {
+        const std::string actual = shownNumber(memory.content(), argument.isSigned);
+        return actual == *expected ? "" : "is " + actual + " instead of " + *expected;
+    }
+    const std::string bytes = expectedBytes(*expected, variables);
+    return argument.spec.kind == Kind::OutWide ? differenceOfWide(memory.content(), bytes)
+                                               : differenceOfBytes(memory.content(), bytes);
+}
+
+std::vector<std::string> Arguments::differences(const std::map<std::string, std::string>& expected,
+                                                const Variables& variables) const
+{
+    std::vector<std::string> found;
+    std::size_t known = 0;
+    for (const Argument& argument : m_arguments)
+    {
+        if (!argument.memory)
+            continue;
+        const auto value = expected.find(argument.spec.name);
+        known += value != expected.end() ? 1 : 0;
+        const std::string text = difference(argument, value == expected.end() ? nullptr : &value->second, variables);
+        if (!text.empty())
+            found.push_back(argument.spec.name + ": " + text);
+    }
+    if (known != expected.size())
+        throw CaseError("an expected value has no argument of its name");
+    return found;
+}
+
+} // namespace wire

@@ -1,0 +1,108 @@
+#pragma once
+
+#include "wire/Pattern.h"
+
+#include <cstddef>
+#include <map>
+#include <optional>
+#include <string>
+#include <string_view>
+#include <vector>
+
+namespace wire
+{
+
+/// One argument as a case writes it.
+struct ArgumentSpec
+{
+    enum class Kind
+    {
+        Null,
+        Text,      ///< "text"
+        Number,    ///< 17
+        Data,      ///< data "bytes"
+        OutNumber, ///< out name, or out name=17
+        OutWide,   ///< wide name[34]
+        OutBytes   ///< bytes name[10]
+    };
+
+    Kind kind = Kind::Null;
+    std::string name;
+    std::string text;
+    long long number = 0; ///< a number's value; a buffer's room
+};
+
+std::vector<ArgumentSpec> parseArguments(std::string_view raw, const Variables& variables);
+
+/// Memory between two guard zones, filled so that every byte written shows.
+class GuardedBuffer
+{
+public:
+    explicit GuardedBuffer(std::size_t size);
+
+    void* data() { return m_bytes.data() + guard; }
+    std::string_view content() const { return std::string_view(m_bytes).substr(guard, m_size); }
+    bool isUnchanged() const { return content() == std::string(m_size, fill); }
+    bool isGuardIntact() const;
+
+    static constexpr char fill = '\xA5';
+
+private:
+    static constexpr std::size_t guard = 256;
+
+    std::size_t m_size;
+    std::string m_bytes;
+};
+
+/// The arguments of one call: what it is given, and afterwards what it has written.
+class Arguments
+{
+public:
+    explicit Arguments(const std::vector<ArgumentSpec>& specs);
+
+    std::size_t count() const { return m_arguments.size(); }
+
+    const wchar_t* text(std::size_t index) const;
+    wchar_t* wide(std::size_t index);
+    void* buffer(std::size_t index);
+
+    template <typename Number>
+    Number number(std::size_t index) const
+    {
+        const Argument& argument = at(index, ArgumentSpec::Kind::Number);
+        return static_cast<Number>(argument.spec.number);
+    }
+
+    template <typename Number>
+    Number& out(std::size_t index)
+    {
+        Argument& argument = at(index, ArgumentSpec::Kind::OutNumber);
+        argument.isSigned = Number(-1) < Number(0);
+        argument.memory.emplace(sizeof(Number));
+        auto* const value = static_cast<Number*>(argument.memory->data());
+        *value = static_cast<Number>(argument.spec.number);
+        return *value;
+    }
+
+    /// Holds the written values against the expected ones (raw, by name); what is not expected must be unchanged.
+    std::vector<std::string> differences(const std::map<std::string, std::string>& expected,
+                                         const Variables& variables) const;
+
+private:
+    struct Argument
+    {
+        ArgumentSpec spec;
+        std::wstring wideText;
+        std::optional<GuardedBuffer> memory;
+        bool isSigned = false;
+    };
+
+    static std::string difference(const Argument& argument, const std::string* expected, const Variables& variables);
+
+    const Argument& at(std::size_t index, ArgumentSpec::Kind kind) const;
+    Argument& at(std::size_t index, ArgumentSpec::Kind kind);
+
+    std::vector<Argument> m_arguments;
+};
+
+} // namespace wire

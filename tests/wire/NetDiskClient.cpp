@@ -1,0 +1,154 @@
+#include "support/Text.h"
+#include "wire/Client.h"
+
+#include <quorvex/NetDisk.h>
+
+#include <functional>
+#include <map>
+
+namespace wire
+{
+namespace
+{
+
+using Ulong = unsigned long;
+
+/// Opens what is protected.
+class OpenNetDisk : public quorvex::netdisk::CNetDisk
+{
+public:
+    using CNetDisk::CNetDisk;
+    using CNetDisk::FileDownloadWithRetry;
+    using CNetDisk::FileUploadWithRetry;
+    using CNetDisk::init;
+    using CNetDisk::UserLoginWithPassword;
+    using CNetDisk::UserLoginWithSession;
+    using CNetDisk::UserLoginWithTicket;
+    using CNetDisk::UserRelogin;
+};
+
+std::string shown(int result)
+{
+    return std::to_string(result);
+}
+
+std::string shown(bool result)
+{
+    return result ? "true" : "false";
+}
+
+std::string shown(const wchar_t* result)
+{
+    return result == nullptr ? "null" : "\"" + support::escaped(support::toUtf8(result)) + "\"";
+}
+
+using Operation = std::function<std::string(OpenNetDisk&, Arguments&)>;
+
+const std::map<std::string, Operation>& operations()
+{
+    static const std::map<std::string, Operation> all{
+        {"init",
+         [](auto& disk, auto& a)
+         {
+             disk.init(a.text(0), a.text(1));
+             return std::string("void");
+         }},
+        {"IsConnected", [](auto& disk, auto&) { return shown(disk.IsConnected()); }},
+        {"GetLastErrMsg", [](auto& disk, auto&) { return shown(disk.GetLastErrMsg()); }},
+        {"UserLogin", [](auto& disk, auto& a)
+         { return shown(a.count() == 1 ? disk.UserLogin(a.text(0)) : disk.UserLogin(a.text(0), a.text(1))); }},
+        {"PassportLoginTicket",
+         [](auto& disk, auto& a) { return shown(disk.PassportLoginTicket(a.text(0), a.text(1))); }},
+        {"UserLogout", [](auto& disk, auto&) { return shown(disk.UserLogout()); }},
+        {"UserLoginWithSession", [](auto& disk, auto& a) { return shown(disk.UserLoginWithSession(a.text(0))); }},
+        {"UserLoginWithPassword",
+         [](auto& disk, auto& a) { return shown(disk.UserLoginWithPassword(a.text(0), a.text(1))); }},
+        {"UserLoginWithTicket",
+         [](auto& disk, auto& a) { return shown(disk.UserLoginWithTicket(a.text(0), a.text(1))); }},
+        {"UserRelogin", [](auto& disk, auto&) { return shown(disk.UserRelogin()); }},
+        {"FileUpload", [](auto& disk, auto& a)
+         { return shown(disk.FileUpload(a.text(0), a.text(1), a.wide(2), a.template number<Ulong>(3))); }},
+        {"FileUploadWithRetry",
+         [](auto& disk, auto& a)
+         {
+             return shown(disk.FileUploadWithRetry(a.text(0), a.text(1), a.text(2), a.text(3), a.wide(4),
+                                                   a.template number<Ulong>(5)));
+         }},
+        {"FileDownload", [](auto& disk, auto& a) { return shown(disk.FileDownload(a.text(0), a.text(1), a.text(2))); }},
+        {"FileDownloadWithRetry", [](auto& disk, auto& a)
+         { return shown(disk.FileDownloadWithRetry(a.text(0), a.text(1), a.text(2), a.text(3))); }},
+        {"FileModify", [](auto& disk, auto& a) { return shown(disk.FileModify(a.text(0), a.text(1), a.text(2))); }},
+        {"FileDelete", [](auto& disk, auto& a) { return shown(disk.FileDelete(a.text(0))); }},
+        {"FileDelete4ever", [](auto& disk, auto& a) { return shown(disk.FileDelete4ever(a.text(0))); }},
+        {"FileGetChecksum", [](auto& disk, auto& a)
+         { return shown(disk.FileGetChecksum(a.text(0), a.text(1), a.template out<Ulong>(2), a.wide(3))); }},
+        {"LargeFileCreate",
+         [](auto& disk, auto& a)
+         {
+             return shown(disk.LargeFileCreate(a.text(0), a.text(1), a.wide(2), a.template number<Ulong>(3),
+                                               a.template out<int>(4)));
+         }},
+        {"LargeFileUpload",
+         [](auto& disk, auto& a)
+         {
+             return shown(disk.LargeFileUpload(a.text(0), a.buffer(1), a.template number<Ulong>(2),
+                                               a.template number<Ulong>(3)));
+         }},
+        {"LargeFileFinish", [](auto& disk, auto& a) { return shown(disk.LargeFileFinish(a.text(0))); }},
+        {"LargeFileGetInfo",
+         [](auto& disk, auto& a)
+         {
+             return shown(disk.LargeFileGetInfo(a.text(0), a.wide(1), a.template number<Ulong>(2),
+                                                a.template out<Ulong>(3), a.wide(4)));
+         }},
+        {"LargeFileDownload",
+         [](auto& disk, auto& a)
+         {
+             return shown(
+                 disk.LargeFileDownload(a.text(0), a.template number<Ulong>(1), a.buffer(2), a.template out<Ulong>(3)));
+         }},
+        {"CapacityInfo",
+         [](auto& disk, auto& a)
+         {
+             return shown(disk.CapacityInfo(a.template out<unsigned long long>(0),
+                                            a.template out<unsigned long long>(1), a.template out<Ulong>(2)));
+         }},
+    };
+    return all;
+}
+
+class NetDiskClient : public Client
+{
+public:
+    explicit NetDiskClient(const Arguments& a)
+        : m_disk(a.count() > 0 ? a.text(0) : nullptr, a.count() > 1 ? a.text(1) : nullptr)
+    {
+    }
+
+    std::string call(const std::string& operation, Arguments& arguments) override
+    {
+        const auto found = operations().find(operation);
+        if (found == operations().end())
+            throw CaseError("unknown operation " + operation);
+        return found->second(m_disk, arguments);
+    }
+
+private:
+    OpenNetDisk m_disk;
+};
+
+} // namespace
+
+std::unique_ptr<Client> makeNetDisk(const Arguments& arguments)
+{
+    return std::make_unique<NetDiskClient>(arguments);
+}
+
+std::unique_ptr<Client> makeClient(const std::string& kind, const Arguments& arguments)
+{
+    if (kind == "netdisk")
+        return makeNetDisk(arguments);
+    throw CaseError("unknown client " + kind);
+}
+
+} // namespace wire

@@ -1,0 +1,218 @@
+// What finds differences is tested for finding them.
+
+#include "wire/CaseFile.h"
+#include "wire/Comparison.h"
+
+#include <gtest/gtest.h>
+
+#include <cstring>
+#include <cwchar>
+#include <string>
+
+using namespace wire;
+
+namespace
+{
+
+const Variables variables{{"host", "127.0.0.1"}, {"port", "80"}, {"dir", "C:\\t"}};
+const HeadTemplates heads{{"get", "GET $1 HTTP/1.1\\r\\nHost: ${host}\\r\\n\\r\\n"},
+                          {"post", "POST $1\\r\\nContent-Length: ${length}\\r\\n\\r\\n"}};
+const std::string boundaryA(40, 'A');
+const std::string boundaryB(40, 'b');
+
+bool matches(const char* raw, const std::string& bytes)
+{
+    return Pattern(raw, variables).match(bytes).matched;
+}
+
+TEST(Patterns, ResolveEscapesAndPlaceholders)
+{
+    EXPECT_EQ(expand(R"(a\r\n\t\\\"\$\x00\xFF)", variables), std::string("a\r\n\t\\\"$\0\xFF", 9));
+    EXPECT_EQ(expand(R"(\u00e4\u4e2d\U0001F600)", variables), "\xC3\xA4\xE4\xB8\xAD\xF0\x9F\x98\x80");
+    EXPECT_EQ(expand("${host}:${port} {\"a\":1} ${3*ab}${2*\\x7d}", variables), "127.0.0.1:80 {\"a\":1} ababab}}");
+    EXPECT_EQ(expand("${pattern:70000}", variables).size(), 70000u);
+}
+
+TEST(Patterns, RefuseWhatTheyDoNotKnow)
+{
+    for (const char* raw : {"\\q", "\\", "\\xG0", "\\u12", "${nobody}", "${host", "${x*a}"})
+        EXPECT_THROW(expand(raw, variables), CaseError) << raw;
+    EXPECT_THROW(expand("${boundary}", variables), CaseError);
+}
+
+TEST(Patterns, MatchTheWholeText)
+{
+    EXPECT_TRUE(matches("ab", "ab"));
+    EXPECT_FALSE(matches("ab", "abc"));
+    EXPECT_FALSE(matches("ab", "a"));
+    EXPECT_TRUE(matches("a${any}c", "a b\nc"));
+    EXPECT_FALSE(matches("a${any}c", "a b\ncd"));
+    EXPECT_TRUE(matches("${number}!", "123!"));
+    EXPECT_FALSE(matches("${number}!", "!"));
+    EXPECT_FALSE(matches("${number}!", "-1!"));
+}
+
+TEST(Patterns, HoldOneBoundaryThroughout)
+{
+    const char* const raw = "--${boundary}\\r\\n--${boundary}--";
+    EXPECT_TRUE(matches(raw, "--" + boundaryA + "\r\n--" + boundaryA + "--"));
+    EXPECT_FALSE(matches(raw, "--" + boundaryA + "\r\n--" + boundaryB + "--"));
+    EXPECT_FALSE(matches(raw, "--" + boundaryA.substr(1) + "-\r\n--" + boundaryA.substr(1) + "---"));
+    EXPECT_FALSE(matches(raw, "--short\r\n--short--"));
+}
+
+TEST(Patterns, KnowTheSystemErrorLine)
+{
+    const std::string line = "GetLastError()=12029 : Text\r\n.\\src\\HttpHelper.cpp:7";
+    EXPECT_TRUE(matches("${system-error}", line));
+    EXPECT_TRUE(matches("${system-error:12029}", line));
+    EXPECT_FALSE(matches("${system-error:12030}", line));
+    EXPECT_FALSE(matches("${system-error}", "GetLastError()=12029 : Text"));
+}
+
+TEST(Patterns, CountWhatFollowsTheHead)
+{
+    Pattern pattern("Content-Length: ${length}\\r\\n\\r\\nab${boundary}", variables);
+    pattern.resolveLength();
+    EXPECT_TRUE(pattern.match("Content-Length: 42\r\n\r\nab" + boundaryA).matched);
+}
+
+TEST(ArgumentLists, AreRead)
+{
+    const auto specs =
+        parseArguments(R"x((null, "a\u4e2d)\"", 0x10, data "b", out n=-1, wide k[5], bytes d[3]))x", variables);
+    ASSERT_EQ(specs.size(), 7u);
+    EXPECT_EQ(specs[1].text, "a\xE4\xB8\xAD)\"");
+    EXPECT_EQ(specs[2].number, 16);
+    EXPECT_EQ(specs[3].text, "b");
+    EXPECT_EQ(specs[4].number, -1);
+    EXPECT_EQ(specs[5].name, "k");
+    EXPECT_EQ(specs[6].number, 3);
+    for (const char* raw : {"", "(", "(\"a)", "(1", "(1) 2", "(x)", "(wide k)"})
+        EXPECT_THROW(parseArguments(raw, variables), CaseError) << raw;
+}
+
+TEST(ArgumentLists, TellWhatWasWritten)
+{
+    Arguments arguments(parseArguments("(wide k[5], bytes d[3], out n=7)", variables));
+    arguments.out<unsigned long>(2);
+    EXPECT_TRUE(arguments.differences({}, variables).empty());
+
+    std::wmemcpy(arguments.wide(0), L"abc", 4);
+    std::memcpy(arguments.buffer(1), "xy", 2);
+    arguments.out<unsigned long>(2) = 4294967295u;
+    EXPECT_EQ(arguments.differences({}, variables).size(), 3u);
+    EXPECT_TRUE(arguments.differences({{"k", "\"abc\""}, {"d", "\"xy\""}, {"n", "4294967295"}}, variables).empty());
+    EXPECT_EQ(arguments.differences({{"k", "\"ab\""}, {"d", "\"x\""}, {"n", "1"}}, variables).size(), 3u);
+    EXPECT_THROW(arguments.differences({{"other", "1"}}, variables), CaseError);
+}
+
+TEST(ArgumentLists, TellWhatWasWrittenOutside)
+{
+    Arguments arguments(parseArguments("(wide k[3])", variables));
+    std::wmemcpy(arguments.wide(0), L"abc", 4);
+    EXPECT_EQ(arguments.differences({{"k", "\"abc\""}}, variables).size(), 1u);
+}
+
+TEST(CaseFiles, AreRead)
+{
+    const CaseFile file = parseCase("# why\n"
+                                    "client netdisk(\"http://${host}\", null)\n"
+                                    "file a.txt con\\ntent\n"
+                                    "fail WinHttpOpen 2 5\n"
+                                    "levels ERROR DEBUG\n"
+                                    "call FileDelete(\"k\")\n"
+                                    "result -100\n"
+                                    "out key \"abc\"\n"
+                                    "exchange\n"
+                                    ">head get /x\n"
+                                    "<reply 200 abc\n"
+                                    "exchange\n"
+                                    "> POST /y\n"
+                                    ">\n"
+                                    ">- body\n"
+                                    "< HTTP/1.1 200 OK\n"
+                                    "<\n"
+                                    "<chunk ${17*x}\n"
+                                    "<piece\n"
+                                    "<- end\n"
+                                    "<reset\n"
+                                    "log ERROR Not connect to server.\n"
+                                    "exact ERROR INFO\n"
+                                    "after b.txt x\n"
+                                    "absent c.txt\n",
+                                    heads, variables);
+    ASSERT_EQ(file.steps.size(), 5u);
+    EXPECT_EQ(std::get<CallStep>(file.steps[4]).result, "-100");
+    EXPECT_EQ(std::get<CallStep>(file.steps[4]).outs.at("key"), "\"abc\"");
+    EXPECT_EQ(std::get<LevelsStep>(file.steps[3]).levels, 10u);
+    ASSERT_EQ(file.requests.size(), 2u);
+    EXPECT_EQ(file.requests[0].pattern.text(), "GET /x HTTP/1.1\r\nHost: 127.0.0.1\r\n\r\n");
+    EXPECT_EQ(file.requests[1].pattern.text(), "POST /y\r\n\r\nbody");
+    EXPECT_EQ(file.replies[0].pieces.front(),
+              "HTTP/1.1 200 Answer\r\nContent-Length: 3\r\nConnection: close\r\n\r\nabc");
+    ASSERT_EQ(file.replies[1].pieces.size(), 2u);
+    EXPECT_EQ(file.replies[1].pieces[0], "HTTP/1.1 200 OK\r\n\r\n11\r\n" + std::string(17, 'x') + "\r\n");
+    EXPECT_EQ(file.replies[1].ending, support::Exchange::Ending::Reset);
+    EXPECT_EQ(file.log.size(), 1u);
+    EXPECT_EQ(file.exactLevels.size(), 2u);
+}
+
+TEST(CaseFiles, NameTheLineOfAMistake)
+{
+    for (const char* content :
+         {"call X()\nnonsense 1\n", "\n> no exchange\n", "\nresult 0\n", "\nexchange x\\q\n>- \\q\n"})
+    {
+        try
+        {
+            parseCase(content, heads, variables);
+            ADD_FAILURE() << content;
+        }
+        catch (const CaseError& error)
+        {
+            EXPECT_TRUE(std::string(error.what()).starts_with("line ")) << error.what();
+        }
+    }
+}
+
+TEST(Comparisons, FindDifferentRequests)
+{
+    const CaseFile file = parseCase(
+        "exchange\n>head post /x\n>- ${boundary}\nexchange\n>head post /x\n>- ${boundary}\n", heads, variables);
+    const std::string head = "POST /x\r\nContent-Length: 40\r\n\r\n";
+    EXPECT_EQ(compareRequests(file.requests, {head + boundaryA, head + boundaryB}), "");
+    EXPECT_NE(compareRequests(file.requests, {head + boundaryA, head + boundaryA}), "");
+    EXPECT_NE(compareRequests(file.requests, {head + boundaryA}), "");
+    EXPECT_NE(compareRequests(file.requests, {head + boundaryA + "x", head + boundaryB}), "");
+    EXPECT_NE(compareRequests(file.requests, {"POST /z\r\nContent-Length: 40\r\n\r\n" + boundaryA, head + boundaryB}),
+              "");
+}
+
+TEST(Comparisons, MarkTheFirstDifferentLine)
+{
+    const std::string text = sideBySide("a\r\nb\r\nc", "a\r\nB\r\nc");
+    EXPECT_NE(text.find("=> b\\r\\n"), std::string::npos) << text;
+    EXPECT_NE(text.find("=> B\\r\\n"), std::string::npos) << text;
+    EXPECT_EQ(text.find("=> a"), std::string::npos) << text;
+}
+
+support::LogLine line(const char* level, const char* message)
+{
+    return {level, message, ".\\src\\A.cpp", 1, ""};
+}
+
+TEST(Comparisons, FindMissingAndUnlistedLogLines)
+{
+    const CaseFile file = parseCase("log ERROR one\nlog TRACE two\nlog ERROR three\n", heads, variables);
+    EXPECT_EQ(
+        compareLog(file, {line("ERROR", "one"), line("DEBUG", "x"), line("TRACE", "two"), line("ERROR", "three")}), "");
+    EXPECT_NE(compareLog(file, {line("ERROR", "one"), line("ERROR", "three")}), "");
+    EXPECT_NE(compareLog(file, {line("ERROR", "three"), line("TRACE", "two"), line("ERROR", "one")}), "");
+    EXPECT_NE(
+        compareLog(file, {line("ERROR", "one"), line("TRACE", "two"), line("ERROR", "three"), line("ERROR", "x")}), "");
+    support::LogLine defective = line("DEBUG", "x");
+    defective.defect = "no tail";
+    EXPECT_NE(compareLog(file, {line("ERROR", "one"), line("TRACE", "two"), line("ERROR", "three"), defective}), "");
+}
+
+} // namespace

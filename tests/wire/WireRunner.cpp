@@ -1,0 +1,80 @@
+#include "wire/CaseRun.h"
+
+#include <gtest/gtest.h>
+
+#include <algorithm>
+#include <cstdio>
+#include <filesystem>
+#include <memory>
+#include <string>
+#include <string_view>
+#include <vector>
+
+namespace
+{
+namespace fs = std::filesystem;
+
+class CaseTest : public testing::Test
+{
+public:
+    CaseTest(fs::path file, std::shared_ptr<const wire::HeadTemplates> heads)
+        : m_file(std::move(file)), m_heads(std::move(heads))
+    {
+    }
+
+    void TestBody() override { wire::runCase(m_file, *m_heads); }
+
+private:
+    fs::path m_file;
+    std::shared_ptr<const wire::HeadTemplates> m_heads;
+};
+
+std::vector<fs::path> caseFiles(const fs::path& folder)
+{
+    std::vector<fs::path> files;
+    for (const auto& entry : fs::recursive_directory_iterator(folder))
+        if (entry.path().extension() == ".case")
+            files.push_back(entry.path());
+    std::ranges::sort(files);
+    return files;
+}
+
+/// The folder below the cases is the suite's name, the file's name the test's.
+void registerCase(const fs::path& file, const fs::path& root, const std::shared_ptr<const wire::HeadTemplates>& heads)
+{
+    std::string suite = file.parent_path().lexically_relative(root).generic_string();
+    std::ranges::replace(suite, '/', '.');
+    const std::string name = file.stem().string();
+    const std::string shown = file.generic_string();
+    testing::RegisterTest(suite.c_str(), name.c_str(), nullptr, nullptr, shown.c_str(), 1,
+                          [=]() -> CaseTest* { return new CaseTest(file, heads); });
+}
+
+fs::path casesFolder(int argc, char** argv)
+{
+    static constexpr std::string_view option = "--cases=";
+    for (int i = 1; i < argc; ++i)
+        if (const std::string_view argument = argv[i]; argument.starts_with(option))
+            return fs::path(argument.substr(option.size()));
+    return QUORVEX_CASES;
+}
+
+} // namespace
+
+int main(int argc, char** argv)
+{
+    testing::InitGoogleTest(&argc, argv);
+    try
+    {
+        const fs::path root = casesFolder(argc, argv);
+        const auto heads = std::make_shared<const wire::HeadTemplates>(wire::readHeadTemplates(QUORVEX_HEADS));
+        for (const fs::path& file : caseFiles(root))
+            registerCase(file, root, heads);
+    }
+    catch (const std::exception& error)
+    {
+        std::fprintf(stderr, "%s\n", error.what());
+        return 2;
+    }
+    return RUN_ALL_TESTS();
+}
