@@ -1,5 +1,4 @@
-#ifndef QUORVEX_BYTEORDER_H
-#define QUORVEX_BYTEORDER_H
+#pragma once
 
 #include <bit>
 #include <cstddef>
@@ -53,5 +52,3 @@ static inline void StoreBigEndian(unsigned char* bytes, Number value)
 }
 
 } // namespace quorvex
-
-#endif

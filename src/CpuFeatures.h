@@ -1,5 +1,4 @@
-#ifndef QUORVEX_CPUFEATURES_H
-#define QUORVEX_CPUFEATURES_H
+#pragma once
 
 #if defined(__x86_64__) || defined(__i386__) || defined(_M_X64) || defined(_M_IX86)
 #define QUORVEX_X86 1
@@ -15,5 +14,3 @@ namespace quorvex
 bool HasShaInstructions();
 
 } // namespace quorvex
-
-#endif

@@ -1,5 +1,4 @@
-#ifndef QUORVEX_DIGESTBLOCKS_H
-#define QUORVEX_DIGESTBLOCKS_H
+#pragma once
 
 #include <algorithm>
 #include <array>
@@ -66,5 +65,3 @@ void FeedPadding(const unsigned char* pending, std::size_t held, const std::arra
 }
 
 } // namespace quorvex
-
-#endif

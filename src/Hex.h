@@ -1,5 +1,4 @@
-#ifndef QUORVEX_HEX_H
-#define QUORVEX_HEX_H
+#pragma once
 
 #include <array>
 #include <cstddef>
@@ -22,5 +21,3 @@ constexpr std::array<char, 2 * N + 1> HexText(const std::array<unsigned char, N>
 }
 
 } // namespace quorvex
-
-#endif

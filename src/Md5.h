@@ -1,5 +1,4 @@
-#ifndef QUORVEX_SRC_MD5_H
-#define QUORVEX_SRC_MD5_H
+#pragma once
 
 #include <array>
 #include <cstddef>
@@ -43,5 +42,3 @@ private:
 Md5Digest Md5Of(const void* data, std::size_t size);
 
 } // namespace quorvex
-
-#endif

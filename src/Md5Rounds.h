@@ -1,5 +1,4 @@
-#ifndef QUORVEX_MD5ROUNDS_H
-#define QUORVEX_MD5ROUNDS_H
+#pragma once
 
 #include "ByteOrder.h"
 #include "DigestBlocks.h"
@@ -140,5 +139,3 @@ static inline void Md5Blocks(std::uint32_t* chain, const unsigned char* blocks, 
 }
 
 } // namespace quorvex
-
-#endif

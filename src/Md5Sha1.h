@@ -1,5 +1,4 @@
-#ifndef QUORVEX_MD5SHA1_H
-#define QUORVEX_MD5SHA1_H
+#pragma once
 
 #include "Md5.h"
 #include "Sha1.h"
@@ -47,5 +46,3 @@ private:
 };
 
 } // namespace quorvex
-
-#endif

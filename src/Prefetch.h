@@ -1,5 +1,4 @@
-#ifndef QUORVEX_PREFETCH_H
-#define QUORVEX_PREFETCH_H
+#pragma once
 
 #include <cstdint>
 
@@ -24,5 +23,3 @@ static inline void PrefetchAhead(const unsigned char* block)
 }
 
 } // namespace quorvex
-
-#endif

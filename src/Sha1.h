@@ -1,5 +1,4 @@
-#ifndef QUORVEX_SHA1_H
-#define QUORVEX_SHA1_H
+#pragma once
 
 #include <array>
 #include <cstddef>
@@ -56,5 +55,3 @@ private:
 void Sha1Of(const void* data, std::uint32_t size, unsigned char* digest);
 
 } // namespace quorvex
-
-#endif

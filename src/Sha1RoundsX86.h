@@ -1,5 +1,4 @@
-#ifndef QUORVEX_SHA1ROUNDSX86_H
-#define QUORVEX_SHA1ROUNDSX86_H
+#pragma once
 
 #include "DigestBlocks.h"
 
@@ -77,5 +76,3 @@ private:
 };
 
 } // namespace quorvex
-
-#endif

@@ -20,7 +20,7 @@ namespace
 
 using frl_cxx_helper::internal::Log;
 
-const unsigned levelAtStart = frl_log_get_level();
+const unsigned kLevelAtStart = frl_log_get_level();
 
 struct Line
 {
@@ -72,7 +72,7 @@ protected:
 
 TEST_F(Ferrolink, NothingIsEnabledAtTheStart)
 {
-    EXPECT_EQ(levelAtStart, 0u);
+    EXPECT_EQ(kLevelAtStart, 0u);
 }
 
 TEST_F(Ferrolink, LevelIsTheSetThatWasGiven)
