@@ -110,17 +110,18 @@ build_preset() {
     quietly "build-$preset" ninja -C "$build/$preset" -j "$jobs" "$@"
 }
 
-# Everything the commands need to begin with.
-prepare() {
-    install_packages "${packages[@]}"
-    supply_jsoncpp x86_64
-}
-
 # Wine makes its folder when first used, which takes seconds that belong to no program.
 prepare_wine() {
     if [[ -d $build/wine/drive_c ]]; then return 0; fi
     say "preparing Wine"
     quietly wine-start "$root/scripts/wine.sh" cmd /c exit
+}
+
+# Everything the commands need to begin with.
+prepare() {
+    install_packages "${packages[@]}"
+    supply_jsoncpp x86_64
+    prepare_wine
 }
 
 seconds_since() {

@@ -14,8 +14,8 @@ namespace quorvex::console
 namespace
 {
 
-constexpr int usageExitStatus = 2;
-constexpr const char* loginHint = "\nServer, login and output are options of every command: see quorvex --help.";
+constexpr int kUsageExitStatus = 2;
+constexpr const char* kLoginHint = "\nServer, login and output are options of every command: see quorvex --help.";
 
 /// The key becomes a part of an address and of a request, as it is.
 std::string ComplaintAboutKey(const std::string& key)
@@ -75,7 +75,7 @@ public:
             std::ostringstream out;
             std::ostringstream complaint;
             const bool isAnswer = m_app.exit(error, out, complaint) == 0;
-            answer = {isAnswer ? 0 : usageExitStatus, isAnswer ? out.str() : complaint.str()};
+            answer = {isAnswer ? 0 : kUsageExitStatus, isAnswer ? out.str() : complaint.str()};
             return std::nullopt;
         }
     }
@@ -119,7 +119,7 @@ private:
                          const std::string& examples)
     {
         CLI::App* const app = m_netdisk->add_subcommand(name, description);
-        app->footer("Examples:\n" + examples + loginHint);
+        app->footer("Examples:\n" + examples + kLoginHint);
         app->callback([this, command] { m_invocation.command = command; });
         return *app;
     }

@@ -15,8 +15,8 @@ namespace quorvex::console
 namespace
 {
 
-constexpr int notFound = 404;
-constexpr int conflict = 409;
+constexpr int kNotFound = 404;
+constexpr int kConflict = 409;
 
 } // namespace
 
@@ -45,7 +45,7 @@ bool LargeUpload::Resume()
     m_resumedFrom = m_record.confirmed;
     const int result = SendRest();
     // The server may have given up an upload that was left alone for long, or may miss blocks of it.
-    if (result == notFound || result == conflict)
+    if (result == kNotFound || result == kConflict)
     {
         m_resumedFrom = 0;
         return false;
@@ -58,7 +58,7 @@ bool LargeUpload::Create()
 {
     UploadKey key;
     int complete = 0;
-    Check(m_disk.LargeFileCreate(m_local.folder.c_str(), m_local.name.c_str(), key.Room(), UploadKey::statedSize,
+    Check(m_disk.LargeFileCreate(m_local.folder.c_str(), m_local.name.c_str(), key.Room(), UploadKey::kStatedSize,
                                  complete),
           "cannot start the upload of " + m_record.identity.name);
     m_record.key = key.Text();
@@ -116,7 +116,7 @@ void LargeUpload::ThrowUnlessDone(int result)
 {
     const ResumeRecord& record = m_record;
     // A refusal of the finished whole would only be repeated from the record.
-    const bool isHopeless = result == notFound || result == conflict;
+    const bool isHopeless = result == kNotFound || result == kConflict;
     if (result == 0 || isHopeless)
         m_resumeFile.Remove();
     if (result == 0)

@@ -14,7 +14,7 @@ namespace quorvex::console
 namespace
 {
 
-constexpr std::size_t longestPath = MAX_PATH - 1;
+constexpr std::size_t kLongestPath = MAX_PATH - 1;
 
 /// The bytes that the system's 8-bit encoding has for a text; nothing when a character has none.
 std::optional<std::string> AnsiBytes(const std::wstring& text)
@@ -70,9 +70,9 @@ LocalPath SplitPath(const std::filesystem::path& path)
     const std::filesystem::path whole = std::filesystem::absolute(path).lexically_normal().make_preferred();
     if (!whole.has_filename())
         throw Failure(ToUtf8(whole.wstring()) + " is not a file");
-    if (whole.wstring().size() > longestPath)
+    if (whole.wstring().size() > kLongestPath)
         throw Failure("the path of " + ToUtf8(whole.filename().wstring()) + " is longer than " +
-                      std::to_string(longestPath) + " characters");
+                      std::to_string(kLongestPath) + " characters");
     std::wstring folder = whole.parent_path().wstring();
     while (!folder.empty() && folder.back() == L'\\')
         folder.pop_back();

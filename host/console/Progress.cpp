@@ -39,17 +39,17 @@ std::string SizeText(std::uint64_t bytes)
 {
     if (bytes < 1024)
         return std::to_string(bytes) + (bytes == 1 ? " byte" : " bytes");
-    constexpr std::array units{"KiB", "MiB", "GiB", "TiB", "PiB", "EiB"};
+    constexpr std::array kUnits{"KiB", "MiB", "GiB", "TiB", "PiB", "EiB"};
     double amount = static_cast<double>(bytes) / 1024;
     std::size_t unit = 0;
     // 1023.95 and more would be printed as 1024.0.
-    while (amount >= 1023.95 && unit + 1 < units.size())
+    while (amount >= 1023.95 && unit + 1 < kUnits.size())
     {
         amount /= 1024;
         ++unit;
     }
     std::array<char, 32> text{};
-    std::snprintf(text.data(), text.size(), "%.1f %s", amount, units[unit]);
+    std::snprintf(text.data(), text.size(), "%.1f %s", amount, kUnits[unit]);
     return text.data();
 }
 
@@ -83,9 +83,9 @@ std::string ProgressText(std::uint64_t done, std::uint64_t total, double bytesPe
 
 std::string BarText(std::uint64_t done, std::uint64_t total)
 {
-    constexpr std::size_t width = 20;
-    const auto filled = static_cast<std::size_t>(PartOf(width, done, total));
-    return '[' + std::string(filled, '#') + std::string(width - filled, '.') + ']';
+    constexpr std::size_t kWidth = 20;
+    const auto filled = static_cast<std::size_t>(PartOf(kWidth, done, total));
+    return '[' + std::string(filled, '#') + std::string(kWidth - filled, '.') + ']';
 }
 
 std::string BarLine(const std::string& title, const std::string& bar, const std::string& text, std::size_t columns)

@@ -16,7 +16,7 @@ struct Meaning
     const char* text;
 };
 
-constexpr Meaning meanings[] = {
+constexpr Meaning kMeanings[] = {
     {Result::Ok, "success"},
     {Result::BadAnswer, "the server's answer could not be understood, or a local file has no digest"},
     {Result::NotConnected, "there is no connection to the server"},
@@ -75,9 +75,9 @@ constexpr Meaning meanings[] = {
 
 std::string MeaningOf(int result)
 {
-    const auto* const known = std::find_if(std::begin(meanings), std::end(meanings),
+    const auto* const known = std::find_if(std::begin(kMeanings), std::end(kMeanings),
                                            [=](const Meaning& each) { return each.result == result; });
-    if (known != std::end(meanings))
+    if (known != std::end(kMeanings))
         return known->text;
     if (result >= 100 && result < 600)
         return "the server answered with HTTP status " + std::to_string(result);

@@ -15,7 +15,7 @@ namespace quorvex::console
 namespace
 {
 
-constexpr int version = 1;
+constexpr int kVersion = 1;
 
 std::optional<Json::Value> ParseObject(std::string_view text)
 {
@@ -39,7 +39,7 @@ bool HasAllMembers(const Json::Value& value)
     for (const char* const name : {"server", "name", "md5", "key"})
         if (!value[name].isString())
             return false;
-    return value["version"] == version && value["size"].isUInt64() && value["modified"].isInt64() &&
+    return value["version"] == kVersion && value["size"].isUInt64() && value["modified"].isInt64() &&
            value["confirmed"].isUInt64();
 }
 
@@ -48,7 +48,7 @@ bool HasAllMembers(const Json::Value& value)
 std::string ToText(const ResumeRecord& record)
 {
     Json::Value value;
-    value["version"] = version;
+    value["version"] = kVersion;
     value["server"] = record.identity.server;
     value["name"] = record.identity.name;
     value["size"] = Json::UInt64{record.identity.size};

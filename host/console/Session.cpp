@@ -54,13 +54,13 @@ std::unique_ptr<netdisk::CNetDisk> LogIn(const Options& options)
 void CheckThatRequestHolds(std::initializer_list<std::wstring> escapedTexts)
 {
     // The keys, quotes and braces of the longest request take 32 of its 255 bytes.
-    constexpr std::size_t room = 255 - 32;
+    constexpr std::size_t kRoom = 255 - 32;
     std::size_t size = 0;
     for (const std::wstring& text : escapedTexts)
         size += ToUtf8(text).size();
-    if (size > room)
+    if (size > kRoom)
         throw Failure("the names or credentials given have " + std::to_string(size) +
-                      " bytes in UTF-8; a request holds at most " + std::to_string(room));
+                      " bytes in UTF-8; a request holds at most " + std::to_string(kRoom));
 }
 
 } // namespace quorvex::console

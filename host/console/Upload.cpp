@@ -17,7 +17,7 @@ namespace
 std::string UploadWhole(const netdisk::CNetDisk& disk, const LocalPath& local)
 {
     UploadKey key;
-    Check(disk.FileUpload(local.folder.c_str(), local.name.c_str(), key.Room(), UploadKey::statedSize),
+    Check(disk.FileUpload(local.folder.c_str(), local.name.c_str(), key.Room(), UploadKey::kStatedSize),
           "cannot upload " + ToUtf8(local.name));
     return key.Text();
 }

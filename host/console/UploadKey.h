@@ -12,13 +12,13 @@ namespace quorvex::console
 class UploadKey
 {
 public:
-    static constexpr unsigned long statedSize = 64;
+    static constexpr unsigned long kStatedSize = 64;
 
     wchar_t* Room() { return m_room.data(); }
     std::string Text() const { return ToUtf8(m_room.data()); }
 
 private:
-    std::array<wchar_t, 2 * statedSize> m_room{};
+    std::array<wchar_t, 2 * kStatedSize> m_room{};
 };
 
 } // namespace quorvex::console

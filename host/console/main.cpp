@@ -14,7 +14,7 @@ namespace
 
 using namespace quorvex::console;
 
-constexpr int failureExitStatus = 1;
+constexpr int kFailureExitStatus = 1;
 
 unsigned LevelBits(const std::string& name)
 {
@@ -80,7 +80,7 @@ int RunSafely(const Invocation& invocation)
     {
         TellFailure(asJson, error.what(), std::nullopt);
     }
-    return failureExitStatus;
+    return kFailureExitStatus;
 }
 
 } // namespace
@@ -101,6 +101,6 @@ int wmain(int argc, wchar_t** argv)
     catch (const std::exception& error)
     {
         WriteError(std::string("quorvex: ") + error.what() + '\n');
-        return failureExitStatus;
+        return kFailureExitStatus;
     }
 }

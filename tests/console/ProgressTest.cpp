@@ -9,27 +9,27 @@ namespace quorvex::console
 namespace
 {
 
-constexpr std::uint64_t kib = 1024;
-constexpr std::uint64_t mib = 1024 * kib;
-constexpr std::uint64_t gib = 1024 * mib;
+constexpr std::uint64_t kKib = 1024;
+constexpr std::uint64_t kMib = 1024 * kKib;
+constexpr std::uint64_t kGib = 1024 * kMib;
 
 TEST(SizeText, ChoosesTheUnit)
 {
     EXPECT_EQ(SizeText(0), "0 bytes");
     EXPECT_EQ(SizeText(1), "1 byte");
     EXPECT_EQ(SizeText(1023), "1023 bytes");
-    EXPECT_EQ(SizeText(kib), "1.0 KiB");
+    EXPECT_EQ(SizeText(kKib), "1.0 KiB");
     EXPECT_EQ(SizeText(1536), "1.5 KiB");
-    EXPECT_EQ(SizeText(64 * mib), "64.0 MiB");
-    EXPECT_EQ(SizeText(4 * gib - 1), "4.0 GiB");
+    EXPECT_EQ(SizeText(64 * kMib), "64.0 MiB");
+    EXPECT_EQ(SizeText(4 * kGib - 1), "4.0 GiB");
     EXPECT_EQ(SizeText(std::numeric_limits<std::uint64_t>::max()), "16.0 EiB");
 }
 
 TEST(SizeText, NeverSays1024OfAUnit)
 {
-    EXPECT_EQ(SizeText(mib - 1), "1.0 MiB");
-    EXPECT_EQ(SizeText(gib - 1), "1.0 GiB");
-    EXPECT_EQ(SizeText(1023 * kib), "1023.0 KiB");
+    EXPECT_EQ(SizeText(kMib - 1), "1.0 MiB");
+    EXPECT_EQ(SizeText(kGib - 1), "1.0 GiB");
+    EXPECT_EQ(SizeText(1023 * kKib), "1023.0 KiB");
 }
 
 TEST(ExactSizeText, AddsTheBytesWhenTheUnitHidesThem)
@@ -53,17 +53,17 @@ TEST(DurationText, ChoosesTheUnit)
 
 TEST(ProgressText, TellsShareSizesRateAndTimeLeft)
 {
-    EXPECT_EQ(ProgressText(16 * mib, 64 * mib, 4.0 * mib), "25 %  16.0 MiB of 64.0 MiB  4.0 MiB/s  13 s left");
+    EXPECT_EQ(ProgressText(16 * kMib, 64 * kMib, 4.0 * kMib), "25 %  16.0 MiB of 64.0 MiB  4.0 MiB/s  13 s left");
 }
 
 TEST(ProgressText, TellsNoTimeLeftAtTheEnd)
 {
-    EXPECT_EQ(ProgressText(64 * mib, 64 * mib, 4.0 * mib), "100 %  64.0 MiB of 64.0 MiB  4.0 MiB/s");
+    EXPECT_EQ(ProgressText(64 * kMib, 64 * kMib, 4.0 * kMib), "100 %  64.0 MiB of 64.0 MiB  4.0 MiB/s");
 }
 
 TEST(ProgressText, TellsNoRateThatIsNotKnown)
 {
-    EXPECT_EQ(ProgressText(0, 64 * mib, 0), "0 %  0 bytes of 64.0 MiB");
+    EXPECT_EQ(ProgressText(0, 64 * kMib, 0), "0 %  0 bytes of 64.0 MiB");
 }
 
 TEST(ProgressText, RoundsTheShareDown)

@@ -13,8 +13,8 @@
 
 #include <algorithm>
 #include <array>
-#include <cwchar>
 #include <functional>
+#include <ostream>
 #include <string>
 #include <string_view>
 #include <vector>
@@ -58,6 +58,11 @@ struct Operation
     const char* body; ///< of the good answer
     std::function<int(CNetDisk&, const wchar_t* folder, Outputs&)> call;
 };
+
+void PrintTo(const Operation& operation, std::ostream* out)
+{
+    *out << operation.name;
+}
 
 const std::vector<Operation>& operations()
 {

@@ -287,6 +287,7 @@ TEST_F(Ferrolink, LastErrorStaysAsItWas)
 void WriteFromManyThreads(int threads, int linesOfEach)
 {
     std::vector<std::thread> writers;
+    writers.reserve(static_cast<std::size_t>(threads));
     for (int i = 0; i < threads; ++i)
         writers.emplace_back(
             [=]

@@ -39,7 +39,7 @@ std::string shown(bool result)
 
 std::string shown(const wchar_t* result)
 {
-    return result == nullptr ? "null" : "\"" + support::escaped(support::toUtf8(result)) + "\"";
+    return result == nullptr ? "null" : "\"" + support::toUtf8(result) + "\"";
 }
 
 using Operation = std::function<std::string(OpenNetDisk&, Arguments&)>;

@@ -4,10 +4,12 @@
 
 #include <algorithm>
 #include <cstdio>
+#include <exception>
 #include <filesystem>
 #include <memory>
 #include <string>
 #include <string_view>
+#include <utility>
 #include <vector>
 
 namespace
@@ -39,12 +41,19 @@ std::vector<fs::path> caseFiles(const fs::path& folder)
     return files;
 }
 
+/// In a filter a hyphen would mean "but not".
+std::string testName(std::string name)
+{
+    std::ranges::replace(name, '-', '_');
+    std::ranges::replace(name, '/', '.');
+    return name;
+}
+
 /// The folder below the cases is the suite's name, the file's name the test's.
 void registerCase(const fs::path& file, const fs::path& root, const std::shared_ptr<const wire::HeadTemplates>& heads)
 {
-    std::string suite = file.parent_path().lexically_relative(root).generic_string();
-    std::ranges::replace(suite, '/', '.');
-    const std::string name = file.stem().string();
+    const std::string suite = testName(file.parent_path().lexically_relative(root).generic_string());
+    const std::string name = testName(file.stem().string());
     const std::string shown = file.generic_string();
     testing::RegisterTest(suite.c_str(), name.c_str(), nullptr, nullptr, shown.c_str(), 1,
                           [=]() -> CaseTest* { return new CaseTest(file, heads); });
@@ -76,5 +85,11 @@ int main(int argc, char** argv)
         std::fprintf(stderr, "%s\n", error.what());
         return 2;
     }
-    return RUN_ALL_TESTS();
+    const int result = RUN_ALL_TESTS();
+    if (!GTEST_FLAG_GET(list_tests) && testing::UnitTest::GetInstance()->test_to_run_count() == 0)
+    {
+        std::fprintf(stderr, "no such case\n");
+        return 2;
+    }
+    return result;
 }

@@ -46,8 +46,8 @@ void LineFile::UseStandardError() noexcept
 
 void LineFile::Write(const wchar_t* line, std::size_t length) noexcept
 {
-    constexpr std::size_t longest = 0x10000000;
-    if (length == 0 || length > longest)
+    constexpr std::size_t kLongest = 0x10000000;
+    if (length == 0 || length > kLongest)
         return;
     if (m_file != nullptr)
         return WriteBytes(m_file, line, static_cast<int>(length));
