@@ -6,6 +6,8 @@ build=$(cd "$(dirname "${BASH_SOURCE[0]}")/.." && pwd)/build
 export WINEPREFIX=$build/wine WINEDEBUG=-all
 # No dialogs that offer to download things, and no menu entries in the user's home folder.
 export WINEDLLOVERRIDES="mscoree,mshtml,winemenubuilder.exe="
+# Arguments and file names in any script.
+export LC_ALL=C.UTF-8
 unset DISPLAY WAYLAND_DISPLAY WINEARCH WINESERVER WINELOADER
 
 # Wine's background processes inherit the output of whichever program starts them and live on after

@@ -48,8 +48,7 @@ class NetDisk : public ::testing::Test
 protected:
     void StartServices(int port = 0)
     {
-        services.emplace(folder.Path() / "data",
-                         std::vector<std::string>{"--user", "ann:secret", "--port", std::to_string(port)});
+        services.emplace(folder.Path() / "data", std::vector<std::string>{"--user", "ann:secret"}, port);
     }
 
     void SetUp() override { StartServices(); }

@@ -47,9 +47,10 @@ pid_t Spawn(std::vector<std::string>& arguments, int output)
 
 } // namespace
 
-ServiceProcess::ServiceProcess(const std::filesystem::path& data, std::vector<std::string> arguments)
+ServiceProcess::ServiceProcess(const std::filesystem::path& data, std::vector<std::string> arguments, int port)
 {
-    arguments.insert(arguments.begin(), {QUORVEX_SERVICES_PROGRAM, "--data", data.string(), "--port", "0", "--quiet"});
+    arguments.insert(arguments.begin(),
+                     {QUORVEX_SERVICES_PROGRAM, "--data", data.string(), "--port", std::to_string(port), "--quiet"});
     int ends[2];
     if (::pipe2(ends, O_CLOEXEC) != 0)
     {

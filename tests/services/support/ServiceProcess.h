@@ -13,7 +13,7 @@ namespace quorvex::services::test
 class ServiceProcess
 {
 public:
-    explicit ServiceProcess(const std::filesystem::path& data, std::vector<std::string> arguments = {});
+    explicit ServiceProcess(const std::filesystem::path& data, std::vector<std::string> arguments = {}, int port = 0);
     ServiceProcess(const ServiceProcess&) = delete;
     ServiceProcess& operator=(const ServiceProcess&) = delete;
     ~ServiceProcess();
