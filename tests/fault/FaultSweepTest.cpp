@@ -23,7 +23,6 @@ namespace
 {
 
 using quorvex::netdisk::CNetDisk;
-using support::AllLevels;
 
 /// A caller's buffer whose end is watched.
 template <typename Character, std::size_t Room>

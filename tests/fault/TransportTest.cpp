@@ -25,6 +25,12 @@ constexpr const wchar_t* thisProgram = nullptr;
 
 using Lines = std::vector<std::string>;
 
+struct Watch
+{
+    support::SystemCalls calls{thisProgram};
+    support::HandleLedger ledger{calls};
+};
+
 class Transport : public testing::Test
 {
 protected:
@@ -49,11 +55,6 @@ protected:
     support::ScriptedServer m_server;
 
 private:
-    struct Watch
-    {
-        support::SystemCalls calls{thisProgram};
-        support::HandleLedger ledger{calls};
-    };
     std::optional<Watch> m_watch{std::in_place};
 };
 

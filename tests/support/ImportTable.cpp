@@ -7,13 +7,13 @@ namespace support
 namespace
 {
 
-void writeEntry(void** entry, void* value)
+bool writeEntry(void** entry, void* value) noexcept
 {
     DWORD protection = 0;
     if (VirtualProtect(entry, sizeof *entry, PAGE_READWRITE, &protection) == FALSE)
-        throw std::runtime_error("the import table cannot be written");
+        return false;
     *entry = value;
-    VirtualProtect(entry, sizeof *entry, protection, &protection);
+    return VirtualProtect(entry, sizeof *entry, protection, &protection) != FALSE;
 }
 
 } // namespace
@@ -46,7 +46,8 @@ void** ImportTable::entry(std::string_view function) const
 
 ImportPatch::ImportPatch(void** entry, void* replacement) : m_entry(entry), m_original(*entry)
 {
-    writeEntry(entry, replacement);
+    if (!writeEntry(entry, replacement))
+        throw std::runtime_error("the import table cannot be written");
 }
 
 ImportPatch::~ImportPatch()

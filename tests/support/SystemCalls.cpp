@@ -61,7 +61,7 @@ Result intercept(Import& import, Arguments... arguments)
 {
     ++import.calls;
     const bool made = import.isToFail();
-    Result result = fromWord<Result>(import.failure);
+    auto result = fromWord<Result>(import.failure);
     if (!made || import.callsEvenToFail)
         result = reinterpret_cast<Function>(import.original)(arguments...);
     if (made)
@@ -78,7 +78,7 @@ Result intercept(Import& import, Arguments... arguments)
 template <std::size_t Size>
 struct Name
 {
-    consteval Name(const char (&text)[Size]) { std::copy_n(text, Size, value); }
+    consteval explicit(false) Name(const char (&text)[Size]) { std::copy_n(text, Size, value); }
     char value[Size];
 };
 

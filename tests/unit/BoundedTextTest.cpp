@@ -44,7 +44,8 @@ TEST(NarrowText, NeverCutsWithinACharacter)
 TEST(NarrowText, LaterPiecesUseTheRoomThatACutLeft)
 {
     NarrowText<8> text;
-    text << L"abcd\U0001F600" << "\"}" << "xyz";
+    text << L"abcd\U0001F600" << "\"}"
+         << "xyz";
     EXPECT_EQ(text.view(), "abcd\"}x");
 }
 

@@ -20,11 +20,9 @@ namespace
 std::string RawLine(unsigned int levels, void (*write)())
 {
     std::wstring text;
-    frl_log_set_callback(
-        [](void* context, unsigned, const wchar_t* line, std::size_t length) {
-            static_cast<std::wstring*>(context)->append(line, length);
-        },
-        &text);
+    frl_log_set_callback([](void* context, unsigned, const wchar_t* line, std::size_t length)
+                         { static_cast<std::wstring*>(context)->append(line, length); },
+                         &text);
     frl_log_set_level(levels);
     write();
     frl_log_set_level(0);
@@ -120,7 +118,8 @@ TEST(ErrorText, FailedCallsCodeOutlivesItsOwnLine)
     static std::string codes;
     codes.clear();
     frl_log_set_callback(
-        [](void*, unsigned, const wchar_t* line, std::size_t length) {
+        [](void*, unsigned, const wchar_t* line, std::size_t length)
+        {
             codes += WideToUtf8(std::wstring_view(line, length));
             Platform::SetLastError(99);
         },

@@ -47,9 +47,9 @@ TEST_F(NetDiskJsonHelper, ErrorReplyWithoutMessageLogsTheBody)
     helper.ErrorReply(-107, "<html>");
     helper.ErrorReply(500, R"({"msg":5})");
     helper.ErrorReply(500, R"(["msg"])");
-    EXPECT_EQ(Errors(), (Messages{R"(Response code=500, errorinfo={"other":1})", "Response code=-107, errorinfo=<html>",
-                                  R"(Response code=500, errorinfo={"msg":5})",
-                                  R"(Response code=500, errorinfo=["msg"])"}));
+    EXPECT_EQ(Errors(),
+              (Messages{R"(Response code=500, errorinfo={"other":1})", "Response code=-107, errorinfo=<html>",
+                        R"(Response code=500, errorinfo={"msg":5})", R"(Response code=500, errorinfo=["msg"])"}));
 }
 
 TEST_F(NetDiskJsonHelper, ErrorReplySurvivesDeepNesting)
@@ -90,8 +90,7 @@ TEST_F(NetDiskJsonHelper, LoginReplyWithoutItsKeys)
     EXPECT_EQ(helper.LoginReply(R"({"uap_uid":null,"uap_sid":"s1"})", uid, sid, center), 1);
     EXPECT_EQ(helper.LoginReply(R"({"uap_uid":1})", uid, sid, center), 1);
     EXPECT_EQ(helper.LoginReply("null", uid, sid, center), 1);
-    EXPECT_EQ(Errors(),
-              (Messages{"get uap_uid error", "get uap_uid error", "get uap_sid error", "get uap_uid error"}));
+    EXPECT_EQ(Errors(), (Messages{"get uap_uid error", "get uap_uid error", "get uap_sid error", "get uap_uid error"}));
     EXPECT_EQ(uid, 42);
     EXPECT_EQ(sid, nullptr);
 }
@@ -228,9 +227,8 @@ TEST_F(NetDiskJsonHelper, RecordsBeforeAWrongTypeStay)
 {
     std::vector<_FileInfo> files;
     std::vector<_FolderInfo> folders;
-    for (const char* wrong :
-         {R"({"size":"5"})", R"({"size":-1})", R"({"size":4294967296})", R"({"name":5})", R"({"cflag":[]})",
-          R"({"ctime":"x"})", R"({"md5":{}})", "5", "\"x\"", "[]"})
+    for (const char* wrong : {R"({"size":"5"})", R"({"size":-1})", R"({"size":4294967296})", R"({"name":5})",
+                              R"({"cflag":[]})", R"({"ctime":"x"})", R"({"md5":{}})", "5", "\"x\"", "[]"})
     {
         files.clear();
         log.clear();
@@ -260,8 +258,7 @@ TEST_F(NetDiskJsonHelper, LaterKeysOverwriteWhatALongOneLeft)
 {
     std::vector<_FileInfo> files;
     std::vector<_FolderInfo> folders;
-    EXPECT_EQ(helper.FolderListing(R"({"files":[{"fkey":")" + std::string(40, 'x') +
-                                       R"(","name":"n","size":7}]})",
+    EXPECT_EQ(helper.FolderListing(R"({"files":[{"fkey":")" + std::string(40, 'x') + R"(","name":"n","size":7}]})",
                                    files, folders),
               0);
     EXPECT_STREQ(files[0].name, L"n");
@@ -288,10 +285,10 @@ TEST_F(NetDiskJsonHelper, PcodeReplies)
     EXPECT_EQ(Errors(), Messages{"get pcode error"});
 
     std::vector<_PcodeInfo> pcodes;
-    EXPECT_EQ(helper.PcodeListing(
-                  R"({"pcodes":[{"pcode":"p1","createtime":1.9,"deadline":-1.9,"downcount":2},{"pcode":"p2"}]})",
-                  pcodes),
-              0);
+    EXPECT_EQ(
+        helper.PcodeListing(
+            R"({"pcodes":[{"pcode":"p1","createtime":1.9,"deadline":-1.9,"downcount":2},{"pcode":"p2"}]})", pcodes),
+        0);
     ASSERT_EQ(pcodes.size(), 2U);
     EXPECT_STREQ(pcodes[0].pcode, L"p1");
     EXPECT_EQ(pcodes[0].createtime, 1);
@@ -300,10 +297,10 @@ TEST_F(NetDiskJsonHelper, PcodeReplies)
     EXPECT_EQ(pcodes[1].deadline, 0);
 
     std::vector<_FileInfo> files;
-    EXPECT_EQ(helper.PcodeContents(
-                  R"({"files":[{"fid":"i1","fkey":"no","name":"n","size":5,"md5":"m","cflag":1,"downcount":9}]})",
-                  files),
-              0);
+    EXPECT_EQ(
+        helper.PcodeContents(
+            R"({"files":[{"fid":"i1","fkey":"no","name":"n","size":5,"md5":"m","cflag":1,"downcount":9}]})", files),
+        0);
     ASSERT_EQ(files.size(), 1U);
     EXPECT_STREQ(files[0].fkey, L"i1");
     EXPECT_EQ(files[0].cflag, 1);
@@ -360,9 +357,9 @@ TEST_F(NetDiskJsonHelper, RecyclebinListingSkipsWhatIsNoItem)
 TEST_F(NetDiskJsonHelper, RecyclebinFolderMayBeLongAndEndsWithTheRecord)
 {
     std::vector<_RItemInfo> items;
-    EXPECT_EQ(helper.RecyclebinListing(R"({"data":[{"rs_id":"r","fo_before":")" + Repeated("\\u4e2d", 9000) + "\"}]}",
-                                       items),
-              0);
+    EXPECT_EQ(
+        helper.RecyclebinListing(R"({"data":[{"rs_id":"r","fo_before":")" + Repeated("\\u4e2d", 9000) + "\"}]}", items),
+        0);
     ASSERT_EQ(items.size(), 1U);
     EXPECT_EQ(std::wstring(items[0].fo_before), std::wstring((sizeof(_RItemInfo) - 214) / 2 - 1, L'\u4E2D'));
 }

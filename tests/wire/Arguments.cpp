@@ -66,7 +66,7 @@ public:
         skipBlanks();
         const auto isPart = [](unsigned char c) { return c < 0x80 && (std::isalnum(c) != 0 || c == '-' || c == '_'); };
         const auto end = std::ranges::find_if_not(m_rest, isPart);
-        const std::string found(m_rest.begin(), end);
+        std::string found(m_rest.begin(), end);
         if (found.empty())
             throw CaseError("expected a name or a number before: " + std::string(m_rest));
         m_rest.remove_prefix(found.size());

@@ -256,13 +256,13 @@ private:
         else if (word == "fail")
             parseFail(rest);
         else if (word == "levels")
-            m_file.steps.push_back(LevelsStep{levelBits(rest)});
+            m_file.steps.emplace_back(LevelsStep{levelBits(rest)});
         else if (word == "folder")
-            m_file.steps.push_back(FolderStep{expand(rest, m_variables)});
+            m_file.steps.emplace_back(FolderStep{expand(rest, m_variables)});
         else if (word == "file")
         {
             const std::string name = expand(takeWord(rest), m_variables);
-            m_file.steps.push_back(FileStep{name, expand(rest, m_variables)});
+            m_file.steps.emplace_back(FileStep{name, expand(rest, m_variables)});
         }
         else if (word == "after")
         {
@@ -285,7 +285,7 @@ private:
     void parseClient(std::string_view rest)
     {
         const auto open = std::min(rest.find('('), rest.size());
-        m_file.steps.push_back(
+        m_file.steps.emplace_back(
             ClientStep{std::string(rest.substr(0, open)), parseArguments(rest.substr(open), m_variables)});
     }
 
@@ -296,7 +296,7 @@ private:
         step.line = m_line;
         step.operation = rest.substr(0, open);
         step.arguments = parseArguments(rest.substr(open), m_variables);
-        m_file.steps.push_back(std::move(step));
+        m_file.steps.emplace_back(std::move(step));
     }
 
     void parseFail(std::string_view rest)
@@ -304,8 +304,8 @@ private:
         const std::vector<std::string> parts = words(rest);
         if (parts.size() < 3 || parts.size() > 4)
             throw CaseError("fail: function, which call, error, and perhaps how many");
-        m_file.steps.push_back(FailStep{parts[0], number<unsigned>(parts[1]), number<unsigned long>(parts[2]),
-                                        parts.size() > 3 ? number<unsigned>(parts[3]) : 1});
+        m_file.steps.emplace_back(FailStep{parts[0], number<unsigned>(parts[1]), number<unsigned long>(parts[2]),
+                                           parts.size() > 3 ? number<unsigned>(parts[3]) : 1});
     }
 
     CallStep& lastCall()

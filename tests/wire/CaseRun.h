@@ -8,6 +8,6 @@ namespace wire
 {
 
 /// Runs one case in the middle of a GoogleTest test, which every difference makes fail.
-void runCase(const std::filesystem::path& file, const HeadTemplates& heads);
+void runCase(const std::filesystem::path& path, const HeadTemplates& heads);
 
 } // namespace wire
