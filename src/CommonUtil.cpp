@@ -79,7 +79,7 @@ std::string PercentEncode(std::string_view text)
     return encoded;
 }
 
-void CopyUtf8(std::string_view text, wchar_t* out, std::size_t capacity)
+void CopyToWide(std::string_view text, wchar_t* out, std::size_t capacity)
 {
     if (out != nullptr && capacity != 0)
     {
@@ -100,6 +100,14 @@ void CopyWide(std::wstring_view text, wchar_t* out, std::size_t capacity)
     }
     text.copy(out, count);
     out[count] = L'\0';
+}
+
+void CopyToUtf8(std::wstring_view text, char* out, std::size_t capacity)
+{
+    if (out != nullptr && capacity != 0)
+    {
+        out[Platform::ToNarrow(text, Platform::CodePage::Utf8, {out, capacity - 1})] = '\0';
+    }
 }
 
 std::wstring Utf8ToWide(std::string_view text)

@@ -79,11 +79,22 @@ std::string BoundaryToken();
 /// Every byte that is not an ASCII letter or digit becomes "%" and two uppercase hexadecimal digits.
 std::string PercentEncode(std::string_view text);
 
+/// The text of a record's array, which may be filled to its last place.
+template <std::size_t Size>
+std::wstring_view FieldText(const wchar_t (&field)[Size])
+{
+    const std::wstring_view whole(field, Size);
+    return whole.substr(0, whole.find(L'\0'));
+}
+
 /// Hands a text to the caller: one that does not fit is cut, never within a character, and it always ends with a
 /// zero. Nothing is written without a buffer or room.
 /// @param capacity room of the buffer in characters, the zero included
-void CopyUtf8(std::string_view text, wchar_t* out, std::size_t capacity);
+void CopyToWide(std::string_view text, wchar_t* out, std::size_t capacity);
 void CopyWide(std::wstring_view text, wchar_t* out, std::size_t capacity);
+
+/// @param capacity room of the buffer in bytes, the zero included
+void CopyToUtf8(std::wstring_view text, char* out, std::size_t capacity);
 
 std::wstring Utf8ToWide(std::string_view text);
 std::string WideToUtf8(std::wstring_view text);

@@ -6,6 +6,7 @@
 #include "Results.h"
 
 #include <memory>
+#include <vector>
 
 /// @file
 /// The client of the personal network disk.
@@ -125,7 +126,7 @@ public:
     /// @param fileSize receives the low 32 bits of the file's size; left as it was when the file cannot be opened
     /// @param md5Out   room for 33 characters; receives 32 lowercase hexadecimal characters, or an empty text when
     ///                 the file cannot be read or is empty
-    /// @return 0 always
+    /// @return 0, whether or not the file could be read
     int FileGetChecksum(const wchar_t* folder, const wchar_t* fileName, unsigned long& fileSize, wchar_t* md5Out) const;
     /// @}
 
@@ -188,6 +189,161 @@ public:
     /// @return 0; -100 not connected; 1, an HTTP status or a transport code. The three are written together or not
     ///         at all.
     int CapacityInfo(unsigned long long& totalSpace, unsigned long long& usedSpace, unsigned long& maxFileSize) const;
+
+    /// @name Folders
+    /// Folders are named by the ids that the server gives them, texts of at most 32 characters.
+    /// @{
+
+    /// Creates a folder.
+    /// @param folderName      its name
+    /// @param parentFolderId  id of the folder that it shall be in
+    /// @param folderIdOut     receives the new folder's id; room for folderIdOutSize characters; may be null
+    /// @param folderIdOutSize capacity of folderIdOut; a longer id is cut to one less
+    /// @return 0; -135 folderName is null; -100 not connected; 1, an HTTP status or a transport code
+    int FolderAdd(const wchar_t* folderName, const wchar_t* parentFolderId, wchar_t* folderIdOut,
+                  unsigned long folderIdOutSize) const;
+
+    /// Renames a folder, moves it, or both.
+    /// @param folderId       id of the folder
+    /// @param folderName     its new name; null goes out empty, which leaves it as it is
+    /// @param parentFolderId id of the folder that it shall be in; null goes out empty, which leaves it where it is
+    /// @return 0; -136 folderId is null; -137 both of the others are null; -100 not connected; an HTTP status or a
+    ///         transport code
+    int FolderModi(const wchar_t* folderId, const wchar_t* folderName, const wchar_t* parentFolderId) const;
+
+    /// Moves a folder, with everything in it, into the recycle bin.
+    /// @param folderId id of the folder
+    /// @return 0; -136 folderId is null; -100 not connected; an HTTP status or a transport code
+    int FolderDel(const wchar_t* folderId) const;
+
+    /// Removes a folder, with everything in it, for ever.
+    /// @param folderId id of the folder
+    /// @return 0; -136 folderId is null; -100 not connected; an HTTP status or a transport code
+    int FolderDel4ever(const wchar_t* folderId) const;
+
+    /// Lists what is in a folder. Records are appended; those appended before a failure stay.
+    /// @param folderId id of the folder
+    /// @param files    receives the files
+    /// @param folders  receives the folders. The module grows both vectors: a host with another C++ runtime takes
+    ///                 them from NewFileInfoVector and NewFolderInfoVector.
+    /// @return 0; -136 folderId is null; -100 not connected; 1, an HTTP status or a transport code
+    int FolderList(const wchar_t* folderId, std::vector<_FileInfo>& files, std::vector<_FolderInfo>& folders) const;
+
+    /// The same in UTF-8: ids, keys and digests of at most 32 bytes, names of at most 64, cut between characters.
+    /// Records are appended when the whole listing has come, and not at all otherwise.
+    int FolderList(const wchar_t* folderId, std::vector<_FileInfoUTF8>& files,
+                   std::vector<_FolderInfoUTF8>& folders) const;
+    /// @}
+
+    /// @name Share codes
+    /// A share code publishes files of the user's disk for a limited time: whoever holds it can list the files,
+    /// download them, or save them into a disk of their own.
+    /// @{
+
+    /// Makes a share code.
+    /// @param files        1 to 200 records, of which only the key is used; they are only read
+    /// @param aliveSeconds how long the code shall live, in seconds
+    /// @param pcodeOut     receives the code; room for pcodeOutSize characters; may be null
+    /// @param pcodeOutSize capacity of pcodeOut; a longer code is cut to one less
+    /// @return 0; -138 no records or more than 200; -100 not connected; 1, an HTTP status or a transport code
+    int PcodeCreate(std::vector<_FileInfo>& files, unsigned long aliveSeconds, wchar_t* pcodeOut,
+                    unsigned long pcodeOutSize) const;
+
+    /// Ends share codes of the user's.
+    /// @param pcodes 1 to 200 records, of which only the code is used; they are only read
+    /// @return 0; -139 no records or more than 200; -100 not connected; an HTTP status or a transport code
+    int PcodeDelete(std::vector<_PcodeInfo>& pcodes) const;
+
+    /// Lists the user's share codes. Records are appended; those appended before a failure stay.
+    /// @param type   which ones, as the server numbers them
+    /// @param pcodes receives the codes; see NewPcodeInfoVector
+    /// @return 0; -100 not connected; 1, an HTTP status or a transport code
+    int PcodeList(unsigned long type, std::vector<_PcodeInfo>& pcodes) const;
+
+    /// Lists the files of a share code. Records are appended; those appended before a failure stay.
+    /// @param pcode the code
+    /// @param files receives the files, the key of each being its id within the code; see NewFileInfoVector
+    /// @return 0; -100 not connected; 1, an HTTP status or a transport code
+    int PcodeInfo(const wchar_t* pcode, std::vector<_FileInfo>& files) const;
+
+    /// Lets a share code of the user's live longer.
+    /// @param pcode        the code
+    /// @param deferSeconds how much longer, in seconds
+    /// @return 0; -139 pcode is null; -100 not connected; an HTTP status or a transport code
+    int PcodeDefer(const wchar_t* pcode, unsigned long deferSeconds) const;
+
+    /// Saves the files of a share code into the user's own disk.
+    /// @param pcode    the code
+    /// @param folderId the folder to save them into
+    /// @return 0; -139 pcode is null; -100 not connected; an HTTP status or a transport code
+    int PcodeSave(const wchar_t* pcode, const wchar_t* folderId) const;
+
+    /// Downloads a whole file of a share code; as FileDownload.
+    /// @param pcode       the code
+    /// @param fileId      the file's id within the code
+    /// @param localFolder an existing folder, without a trailing backslash
+    /// @param fileName    local file name, or null for the name that the server gives
+    /// @return as FileDownload
+    int PcodeDown(const wchar_t* pcode, const wchar_t* fileId, const wchar_t* localFolder,
+                  const wchar_t* fileName) const;
+
+    /// Reads one range of a file of a share code.
+    /// @param pcode  the code
+    /// @param fileId the file's id within the code
+    /// @param pos    offset of the range
+    /// @param buffer room for size bytes as given on entry; never more is written
+    /// @param size   in: bytes wanted; out, on success: bytes received
+    /// @return 0, also when fewer bytes came; -108 not connected; -135 buffer is null although size is not 0; an HTTP
+    ///         status or a transport code
+    int LargePcodeDown(const wchar_t* pcode, const wchar_t* fileId, unsigned long pos, void* buffer,
+                       unsigned long& size) const;
+    /// @}
+
+    /// @name Recycle bin
+    /// @{
+
+    /// Lists the recycle bin. Records are appended; those appended before a failure stay.
+    /// @param items receives the items; see NewRItemInfoVector
+    /// @return 0; -100 not connected; 1, an HTTP status or a transport code
+    int RecyclebinList(std::vector<_RItemInfo>& items) const;
+
+    /// The same in UTF-8: ids of at most 32 bytes, names of at most 64, folders of at most 4096, cut between
+    /// characters. Records are appended when the whole listing has come, and not at all otherwise.
+    int RecyclebinList(std::vector<_RItemInfoUTF8>& items) const;
+
+    /// Puts an item back to where it was.
+    /// @param rsId the item's id
+    /// @return 0; -140 rsId is null; -100 not connected; an HTTP status or a transport code
+    int RecyclebinRecover(const wchar_t* rsId) const;
+
+    /// Removes an item for ever.
+    /// @param rsId the item's id
+    /// @return 0; -140 rsId is null; -100 not connected; an HTTP status or a transport code
+    int RecyclebinDel(const wchar_t* rsId) const;
+    /// @}
+
+    /// @name Vectors on the module's heap
+    /// For hosts whose C++ runtime has another heap: they read such a vector, and never grow or destroy it
+    /// themselves. They may be called from any thread.
+    /// @{
+
+    /// @return an empty vector, to be given back to DeleteFileInfoVector; null when memory ran out
+    static std::vector<_FileInfo>* NewFileInfoVector();
+    /// @return an empty vector, to be given back to DeleteFolderInfoVector; null when memory ran out
+    static std::vector<_FolderInfo>* NewFolderInfoVector();
+    /// @return an empty vector, to be given back to DeletePcodeInfoVector; null when memory ran out
+    static std::vector<_PcodeInfo>* NewPcodeInfoVector();
+    /// @return an empty vector, to be given back to DeleteRItemInfoVector; null when memory ran out
+    static std::vector<_RItemInfo>* NewRItemInfoVector();
+    /// @param v a vector from NewFileInfoVector; null is allowed
+    static void DeleteFileInfoVector(std::vector<_FileInfo>* v);
+    /// @param v a vector from NewFolderInfoVector; null is allowed
+    static void DeleteFolderInfoVector(std::vector<_FolderInfo>* v);
+    /// @param v a vector from NewPcodeInfoVector; null is allowed
+    static void DeletePcodeInfoVector(std::vector<_PcodeInfo>* v);
+    /// @param v a vector from NewRItemInfoVector; null is allowed
+    static void DeleteRItemInfoVector(std::vector<_RItemInfo>* v);
+    /// @}
 
 protected:
     /// Takes the constructor's arguments.

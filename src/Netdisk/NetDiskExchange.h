@@ -16,6 +16,9 @@ namespace quorvex::netdisk
 template <std::size_t Size>
 using JsonBody = NarrowText<Size>;
 
+/// A request's path below the base URL, with its query.
+using ObjectPath = WideText<256>;
+
 /// The answers after which a request is sent once more, without a login.
 struct RetryOn
 {
@@ -49,8 +52,22 @@ struct CNetDisk::Exchange
     {
         if (disk.m_bNeedLogin)
         {
-            disk.UserRelogin();
+            ReloginAnyway();
         }
+    }
+
+    /// Transfers do not look for the connection: without one, opening their request fails.
+    int PrepareTransfer() const
+    {
+        if (disk.m_pHttpHelper == nullptr)
+        {
+            return CheckConnection();
+        }
+        if (disk.IsConnected())
+        {
+            LoginIfNeeded();
+        }
+        return Result::Ok;
     }
 
     /// Logs in again where a failure ends the operation.
@@ -115,12 +132,7 @@ struct CNetDisk::Exchange
     template <class Send>
     int SendWithRelogin(RetryOn retryOn, const std::string& reply, Send send) const
     {
-        return SendWithRelogin(retryOn, reply, send,
-                               [this]
-                               {
-                                   disk.UserRelogin();
-                                   return Result::Ok;
-                               });
+        return SendWithRelogin(retryOn, reply, send, [this] { return ReloginAnyway(); });
     }
 
     /// @param relogin logs in after a 403; a result other than 0 ends the operation with it
@@ -132,20 +144,7 @@ struct CNetDisk::Exchange
             return result;
         }
         LoginIfNeeded();
-        int result = send();
-        if (result == kForbidden)
-        {
-            if (const int login = relogin(); login != Result::Ok)
-            {
-                return login;
-            }
-            result = send();
-        }
-        else if (retryOn.Contains(result))
-        {
-            result = send();
-        }
-        return LogErrorReply(result, reply);
+        return SendTwice(retryOn, reply, send, relogin);
     }
 
     /// What a transfer ended with, and the HTTP status that it met where that is another number.
@@ -161,13 +160,9 @@ struct CNetDisk::Exchange
     int TransferWithRelogin(RetryOn retryOn, const wchar_t* sessionExpired, const std::string& reply,
                             Transfer transfer) const
     {
-        if (disk.m_pHttpHelper == nullptr)
+        if (const int result = PrepareTransfer(); result != Result::Ok)
         {
-            return CheckConnection();
-        }
-        if (disk.IsConnected())
-        {
-            LoginIfNeeded();
+            return result;
         }
         Outcome outcome = transfer();
         if (retryOn.Contains(outcome.answer))
@@ -183,6 +178,41 @@ struct CNetDisk::Exchange
             outcome = transfer();
         }
         return LogErrorReply(outcome.result, reply);
+    }
+
+    /// Downloads a whole file.
+    /// @return as FileDownload
+    int DownloadWithRelogin(const ObjectPath& path, const wchar_t* localFolder, const wchar_t* fileName) const;
+
+    /// Reads one range of a file, with the ordinary two attempts.
+    /// @param size in: bytes wanted; out, on success: bytes received
+    int DownloadRange(const ObjectPath& path, unsigned long pos, void* buffer, unsigned long& size) const;
+
+private:
+    /// Logs in again where the request that follows tells whether it worked.
+    int ReloginAnyway() const
+    {
+        disk.UserRelogin();
+        return Result::Ok;
+    }
+
+    template <class Send, class Relogin>
+    static int SendTwice(RetryOn retryOn, const std::string& reply, Send send, Relogin relogin)
+    {
+        int result = send();
+        if (result == kForbidden)
+        {
+            if (const int login = relogin(); login != Result::Ok)
+            {
+                return login;
+            }
+            result = send();
+        }
+        else if (retryOn.Contains(result))
+        {
+            result = send();
+        }
+        return LogErrorReply(result, reply);
     }
 };
 

@@ -147,235 +147,212 @@ void CNetDiskJsonHelper::ErrorReply(int code, const std::string& body)
 int CNetDiskJsonHelper::LoginReply(const std::string& body, int& uapUid, const char*& uapSid,
                                    const char*& userCenterLogin)
 {
-    return ReadReply(body,
-                     [&](const Json::Value& root) -> int
-                     {
-                         const Json::Value& uid = root["uap_uid"];
-                         if (uid.isNull())
-                         {
-                             LOG_ERROR(L"get uap_uid error");
-                             return Result::BadAnswer;
-                         }
-                         const Json::Value& sid = root["uap_sid"];
-                         if (sid.isNull())
-                         {
-                             LOG_ERROR(L"get uap_sid error");
-                             return Result::BadAnswer;
-                         }
-                         const Json::Value& login = root["QVUserCenterLogin"];
-                         const int uidValue = uid.asInt();
-                         const char* const sidText = sid.asCString();
-                         const char* const loginText = login.isNull() ? "" : login.asCString();
-                         LOG_DEBUG(L"json result: uap_uid=" << uidValue << L", uap_sid=" << sidText);
-                         uapUid = uidValue;
-                         uapSid = sidText;
-                         userCenterLogin = loginText;
-                         return Result::Ok;
-                     });
+    return ReadReply(body, [&](const Json::Value& root) -> int {
+        const Json::Value& uid = root["uap_uid"];
+        if (uid.isNull())
+        {
+            LOG_ERROR(L"get uap_uid error");
+            return Result::BadAnswer;
+        }
+        const Json::Value& sid = root["uap_sid"];
+        if (sid.isNull())
+        {
+            LOG_ERROR(L"get uap_sid error");
+            return Result::BadAnswer;
+        }
+        const Json::Value& login = root["QVUserCenterLogin"];
+        const int uidValue = uid.asInt();
+        const char* const sidText = sid.asCString();
+        const char* const loginText = login.isNull() ? "" : login.asCString();
+        LOG_DEBUG(L"json result: uap_uid=" << uidValue << L", uap_sid=" << sidText);
+        uapUid = uidValue;
+        uapSid = sidText;
+        userCenterLogin = loginText;
+        return Result::Ok;
+    });
 }
 
 int CNetDiskJsonHelper::SessionCheckReply(const std::string& body, int& uapUid)
 {
-    return ReadReply(body,
-                     [&](const Json::Value& root) -> int
-                     {
-                         const Json::Value& uid = root["uap_uid"];
-                         if (uid.isNull())
-                         {
-                             // The session's key is named on purpose: this is how a rejected session shows in the log.
-                             LOG_ERROR(L"get uap_sid error");
-                             return Result::BadAnswer;
-                         }
-                         uapUid = uid.asInt();
-                         LOG_DEBUG(L"json result: uap_uid=" << uapUid);
-                         return Result::Ok;
-                     });
+    return ReadReply(body, [&](const Json::Value& root) -> int {
+        const Json::Value& uid = root["uap_uid"];
+        if (uid.isNull())
+        {
+            // The session's key is named on purpose: this is how a rejected session shows in the log.
+            LOG_ERROR(L"get uap_sid error");
+            return Result::BadAnswer;
+        }
+        uapUid = uid.asInt();
+        LOG_DEBUG(L"json result: uap_uid=" << uapUid);
+        return Result::Ok;
+    });
 }
 
 int CNetDiskJsonHelper::UploadReply(const std::string& body, wchar_t* fileKeyOut, unsigned long fileKeyOutSize,
                                     int& fsize, int& cflag)
 {
-    return ReadReply(body,
-                     [&](const Json::Value& root) -> int
-                     {
-                         const Json::Value& key = root["fkey"];
-                         if (key.isNull())
-                         {
-                             LOG_ERROR(L"get fkey error");
-                             return Result::BadAnswer;
-                         }
-                         const Json::Value& size = root["fsize"];
-                         if (size.isNull())
-                         {
-                             LOG_ERROR(L"get fsize error");
-                             return Result::BadAnswer;
-                         }
-                         const Json::Value& flag = root["cflag"];
-                         if (flag.isNull())
-                         {
-                             LOG_ERROR(L"get cflag error");
-                             return Result::BadAnswer;
-                         }
-                         const char* const keyText = key.asCString();
-                         const int sizeValue = size.asInt();
-                         const int flagValue = flag.asInt();
-                         LOG_DEBUG(L"json result: fkey=" << keyText << L", fsize=" << sizeValue << L", cflag="
-                                                         << flagValue);
-                         CopyUtf8(keyText, fileKeyOut, std::size_t{2} * fileKeyOutSize);
-                         fsize = sizeValue;
-                         cflag = flagValue;
-                         return Result::Ok;
-                     });
+    return ReadReply(body, [&](const Json::Value& root) -> int {
+        const Json::Value& key = root["fkey"];
+        if (key.isNull())
+        {
+            LOG_ERROR(L"get fkey error");
+            return Result::BadAnswer;
+        }
+        const Json::Value& size = root["fsize"];
+        if (size.isNull())
+        {
+            LOG_ERROR(L"get fsize error");
+            return Result::BadAnswer;
+        }
+        const Json::Value& flag = root["cflag"];
+        if (flag.isNull())
+        {
+            LOG_ERROR(L"get cflag error");
+            return Result::BadAnswer;
+        }
+        const char* const keyText = key.asCString();
+        const int sizeValue = size.asInt();
+        const int flagValue = flag.asInt();
+        LOG_DEBUG(L"json result: fkey=" << keyText << L", fsize=" << sizeValue << L", cflag=" << flagValue);
+        CopyToWide(keyText, fileKeyOut, std::size_t{2} * fileKeyOutSize);
+        fsize = sizeValue;
+        cflag = flagValue;
+        return Result::Ok;
+    });
 }
 
 int CNetDiskJsonHelper::BlockReply(const std::string& body, const char*& fkey, int& fsize)
 {
-    return ReadReply(body,
-                     [&](const Json::Value& root) -> int
-                     {
-                         const Json::Value& key = root["fkey"];
-                         if (key.isNull())
-                         {
-                             LOG_ERROR(L"get fkey error");
-                             return Result::BadAnswer;
-                         }
-                         const Json::Value& size = root["fsize"];
-                         if (size.isNull())
-                         {
-                             LOG_ERROR(L"get fsize error");
-                             return Result::BadAnswer;
-                         }
-                         const char* const keyText = key.asCString();
-                         fsize = size.asInt();
-                         fkey = keyText;
-                         LOG_DEBUG(L"json result: fkey=" << fkey << L", fsize=" << fsize);
-                         return Result::Ok;
-                     });
+    return ReadReply(body, [&](const Json::Value& root) -> int {
+        const Json::Value& key = root["fkey"];
+        if (key.isNull())
+        {
+            LOG_ERROR(L"get fkey error");
+            return Result::BadAnswer;
+        }
+        const Json::Value& size = root["fsize"];
+        if (size.isNull())
+        {
+            LOG_ERROR(L"get fsize error");
+            return Result::BadAnswer;
+        }
+        const char* const keyText = key.asCString();
+        fsize = size.asInt();
+        fkey = keyText;
+        LOG_DEBUG(L"json result: fkey=" << fkey << L", fsize=" << fsize);
+        return Result::Ok;
+    });
 }
 
 int CNetDiskJsonHelper::FolderCreatedReply(const std::string& body, const char*& folderId)
 {
-    return ReadReply(body,
-                     [&](const Json::Value& root) -> int
-                     {
-                         const Json::Value& id = root["fo_id"];
-                         if (id.isNull())
-                         {
-                             LOG_ERROR(L"get fo_id error");
-                             return Result::BadAnswer;
-                         }
-                         folderId = id.asCString();
-                         LOG_DEBUG(L"json result: fo_id=" << folderId);
-                         return Result::Ok;
-                     });
+    return ReadReply(body, [&](const Json::Value& root) -> int {
+        const Json::Value& id = root["fo_id"];
+        if (id.isNull())
+        {
+            LOG_ERROR(L"get fo_id error");
+            return Result::BadAnswer;
+        }
+        folderId = id.asCString();
+        LOG_DEBUG(L"json result: fo_id=" << folderId);
+        return Result::Ok;
+    });
 }
 
 int CNetDiskJsonHelper::FolderListing(const std::string& body, std::vector<_FileInfo>& files,
                                       std::vector<_FolderInfo>& folders)
 {
-    return ReadReply(body,
-                     [&](const Json::Value& root) -> int
-                     {
-                         AppendRecords(root["files"], ReadListedFile, files);
-                         AppendRecords(root["folders"], ReadFolder, folders);
-                         LOG_DEBUG(L"json result: files=" << files.size() << L", folders=" << folders.size());
-                         return Result::Ok;
-                     });
+    return ReadReply(body, [&](const Json::Value& root) -> int {
+        AppendRecords(root["files"], ReadListedFile, files);
+        AppendRecords(root["folders"], ReadFolder, folders);
+        LOG_DEBUG(L"json result: files=" << files.size() << L", folders=" << folders.size());
+        return Result::Ok;
+    });
 }
 
 int CNetDiskJsonHelper::PcodeCreatedReply(const std::string& body, const char*& pcode)
 {
-    return ReadReply(body,
-                     [&](const Json::Value& root) -> int
-                     {
-                         const Json::Value& code = root["pcode"];
-                         if (code.isNull())
-                         {
-                             LOG_ERROR(L"get pcode error");
-                             return Result::BadAnswer;
-                         }
-                         pcode = code.asCString();
-                         LOG_DEBUG(L"json result: pcode=" << pcode);
-                         return Result::Ok;
-                     });
+    return ReadReply(body, [&](const Json::Value& root) -> int {
+        const Json::Value& code = root["pcode"];
+        if (code.isNull())
+        {
+            LOG_ERROR(L"get pcode error");
+            return Result::BadAnswer;
+        }
+        pcode = code.asCString();
+        LOG_DEBUG(L"json result: pcode=" << pcode);
+        return Result::Ok;
+    });
 }
 
 int CNetDiskJsonHelper::PcodeListing(const std::string& body, std::vector<_PcodeInfo>& pcodes)
 {
-    return ReadReply(body,
-                     [&](const Json::Value& root) -> int
-                     {
-                         AppendRecords(root["pcodes"], ReadPcode, pcodes);
-                         LOG_DEBUG(L"json result: pcodes=" << pcodes.size());
-                         return Result::Ok;
-                     });
+    return ReadReply(body, [&](const Json::Value& root) -> int {
+        AppendRecords(root["pcodes"], ReadPcode, pcodes);
+        LOG_DEBUG(L"json result: pcodes=" << pcodes.size());
+        return Result::Ok;
+    });
 }
 
 int CNetDiskJsonHelper::PcodeContents(const std::string& body, std::vector<_FileInfo>& files)
 {
-    return ReadReply(body,
-                     [&](const Json::Value& root) -> int
-                     {
-                         AppendRecords(root["files"], ReadSharedFile, files);
-                         LOG_DEBUG(L"json result: files=" << files.size());
-                         return Result::Ok;
-                     });
+    return ReadReply(body, [&](const Json::Value& root) -> int {
+        AppendRecords(root["files"], ReadSharedFile, files);
+        LOG_DEBUG(L"json result: files=" << files.size());
+        return Result::Ok;
+    });
 }
 
 int CNetDiskJsonHelper::Capacity(const std::string& body, std::int64_t& totalSpace, std::int64_t& usedSpace,
                                  std::uint32_t& maxFileSize)
 {
-    return ReadReply(body,
-                     [&](const Json::Value& root) -> int
-                     {
-                         const Json::Value& total = root["total_space"];
-                         if (total.isNull())
-                         {
-                             LOG_ERROR(L"get total_space error");
-                             return Result::BadAnswer;
-                         }
-                         const Json::Value& used = root["used_space"];
-                         if (used.isNull())
-                         {
-                             LOG_ERROR(L"get used_space error");
-                             return Result::BadAnswer;
-                         }
-                         const Json::Value& maximum = root["max_file_size"];
-                         if (maximum.isNull())
-                         {
-                             LOG_ERROR(L"get max_file_size error");
-                             return Result::BadAnswer;
-                         }
-                         const std::int64_t totalValue = ReadInt64(total);
-                         const std::int64_t usedValue = ReadInt64(used);
-                         maxFileSize = maximum.asUInt();
-                         totalSpace = totalValue;
-                         usedSpace = usedValue;
-                         LOG_DEBUG(L"json result: total_space=" << totalSpace << L", used_space=" << usedSpace
-                                                                << L", max_file_size=" << maxFileSize);
-                         return Result::Ok;
-                     });
+    return ReadReply(body, [&](const Json::Value& root) -> int {
+        const Json::Value& total = root["total_space"];
+        if (total.isNull())
+        {
+            LOG_ERROR(L"get total_space error");
+            return Result::BadAnswer;
+        }
+        const Json::Value& used = root["used_space"];
+        if (used.isNull())
+        {
+            LOG_ERROR(L"get used_space error");
+            return Result::BadAnswer;
+        }
+        const Json::Value& maximum = root["max_file_size"];
+        if (maximum.isNull())
+        {
+            LOG_ERROR(L"get max_file_size error");
+            return Result::BadAnswer;
+        }
+        const std::int64_t totalValue = ReadInt64(total);
+        const std::int64_t usedValue = ReadInt64(used);
+        maxFileSize = maximum.asUInt();
+        totalSpace = totalValue;
+        usedSpace = usedValue;
+        LOG_DEBUG(L"json result: total_space=" << totalSpace << L", used_space=" << usedSpace << L", max_file_size="
+                                               << maxFileSize);
+        return Result::Ok;
+    });
 }
 
 int CNetDiskJsonHelper::RecyclebinListing(const std::string& body, std::vector<_RItemInfo>& items)
 {
-    return ReadReply(body,
-                     [&](const Json::Value& root) -> int
-                     {
-                         const Json::Value& data = root["data"];
-                         if (data.isArray())
-                         {
-                             for (const Json::Value& element : data)
-                             {
-                                 if (element.isObject() && !element["rs_id"].isNull())
-                                 {
-                                     items.push_back(ReadRecyclebinItem(element));
-                                 }
-                             }
-                         }
-                         LOG_DEBUG(L"json result: data=" << items.size());
-                         return Result::Ok;
-                     });
+    return ReadReply(body, [&](const Json::Value& root) -> int {
+        const Json::Value& data = root["data"];
+        if (data.isArray())
+        {
+            for (const Json::Value& element : data)
+            {
+                if (element.isObject() && !element["rs_id"].isNull())
+                {
+                    items.push_back(ReadRecyclebinItem(element));
+                }
+            }
+        }
+        LOG_DEBUG(L"json result: data=" << items.size());
+        return Result::Ok;
+    });
 }
 
 } // namespace quorvex::netdisk

@@ -78,7 +78,9 @@ Result intercept(Import& import, Arguments... arguments)
 template <std::size_t Size>
 struct Name
 {
-    consteval explicit(false) Name(const char (&text)[Size]) { std::copy_n(text, Size, value); }
+    // A plain literal is to name a function.
+    // NOLINTNEXTLINE(google-explicit-constructor)
+    consteval Name(const char (&text)[Size]) { std::copy_n(text, Size, value); }
     char value[Size];
 };
 

@@ -192,7 +192,7 @@ TEST(Conversions, Utf8AndWide)
 TEST(CopyOut, CutsToTheCapacityAndTerminates)
 {
     std::array<wchar_t, 6> out = {L'#', L'#', L'#', L'#', L'#', L'#'};
-    CopyUtf8("abcdef", out.data(), 5);
+    CopyToWide("abcdef", out.data(), 5);
     EXPECT_STREQ(out.data(), L"abcd");
     EXPECT_EQ(out[5], L'#');
 
@@ -204,7 +204,7 @@ TEST(CopyOut, CutsToTheCapacityAndTerminates)
 TEST(CopyOut, NeverCutsWithinACharacter)
 {
     std::array<wchar_t, 4> out = {};
-    CopyUtf8("ab\xF0\x9F\x98\x80", out.data(), out.size());
+    CopyToWide("ab\xF0\x9F\x98\x80", out.data(), out.size());
     EXPECT_STREQ(out.data(), L"ab");
     CopyWide(L"ab\U0001F600", out.data(), out.size());
     EXPECT_STREQ(out.data(), L"ab");
@@ -213,9 +213,9 @@ TEST(CopyOut, NeverCutsWithinACharacter)
 TEST(CopyOut, WithoutBufferOrRoomNothingIsWritten)
 {
     wchar_t guard = L'#';
-    CopyUtf8("abc", &guard, 0);
+    CopyToWide("abc", &guard, 0);
     CopyWide(L"abc", &guard, 0);
     EXPECT_EQ(guard, L'#');
-    CopyUtf8("abc", nullptr, 5);
+    CopyToWide("abc", nullptr, 5);
     CopyWide(L"abc", nullptr, 5);
 }

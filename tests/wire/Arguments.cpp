@@ -13,7 +13,7 @@ namespace wire
 namespace
 {
 
-using Kind = ArgumentSpec::Kind;
+using Kind = ArgumentForm::Kind;
 
 /// Reads arguments from left to right.
 class Scanner
@@ -89,51 +89,51 @@ private:
     std::string_view m_rest;
 };
 
-void parseRoom(Scanner& scanner, ArgumentSpec& spec)
+void parseRoom(Scanner& scanner, ArgumentForm& form)
 {
-    spec.name = scanner.word();
+    form.name = scanner.word();
     scanner.expect("[");
-    spec.number = scanner.number();
+    form.number = scanner.number();
     scanner.expect("]");
 }
 
-ArgumentSpec parseArgument(Scanner& scanner, const Variables& variables)
+ArgumentForm parseArgument(Scanner& scanner, const Variables& variables)
 {
-    ArgumentSpec spec;
+    ArgumentForm form;
     if (scanner.accept("null"))
-        return spec;
+        return form;
     if (scanner.accept("wide "))
     {
-        spec.kind = Kind::OutWide;
-        parseRoom(scanner, spec);
+        form.kind = Kind::OutWide;
+        parseRoom(scanner, form);
     }
     else if (scanner.accept("bytes "))
     {
-        spec.kind = Kind::OutBytes;
-        parseRoom(scanner, spec);
+        form.kind = Kind::OutBytes;
+        parseRoom(scanner, form);
     }
     else if (scanner.accept("out "))
     {
-        spec.kind = Kind::OutNumber;
-        spec.name = scanner.word();
-        spec.number = scanner.accept("=") ? scanner.number() : 0x5A5A5A5A;
+        form.kind = Kind::OutNumber;
+        form.name = scanner.word();
+        form.number = scanner.accept("=") ? scanner.number() : 0x5A5A5A5A;
     }
     else if (scanner.accept("data "))
     {
-        spec.kind = Kind::Data;
-        spec.text = expand(scanner.quoted(), variables);
+        form.kind = Kind::Data;
+        form.text = expand(scanner.quoted(), variables);
     }
     else if (scanner.isAt("\""))
     {
-        spec.kind = Kind::Text;
-        spec.text = expand(scanner.quoted(), variables);
+        form.kind = Kind::Text;
+        form.text = expand(scanner.quoted(), variables);
     }
     else
     {
-        spec.kind = Kind::Number;
-        spec.number = scanner.number();
+        form.kind = Kind::Number;
+        form.number = scanner.number();
     }
-    return spec;
+    return form;
 }
 
 std::string quotedText(std::string_view bytes)
@@ -186,21 +186,21 @@ std::string differenceOfBytes(std::string_view content, const std::string& expec
 
 } // namespace
 
-std::vector<ArgumentSpec> parseArguments(std::string_view raw, const Variables& variables)
+std::vector<ArgumentForm> parseArguments(std::string_view raw, const Variables& variables)
 {
-    std::vector<ArgumentSpec> specs;
+    std::vector<ArgumentForm> forms;
     Scanner scanner(raw);
     scanner.expect("(");
     if (!scanner.accept(")"))
     {
         do
-            specs.push_back(parseArgument(scanner, variables));
+            forms.push_back(parseArgument(scanner, variables));
         while (scanner.accept(","));
         scanner.expect(")");
     }
     if (!scanner.atEnd())
         throw CaseError("text behind the arguments");
-    return specs;
+    return forms;
 }
 
 GuardedBuffer::GuardedBuffer(std::size_t size) : m_size(size), m_bytes(guard + size + guard, fill)
@@ -213,15 +213,15 @@ bool GuardedBuffer::isGuardIntact() const
     return m_bytes.starts_with(zone) && m_bytes.ends_with(zone);
 }
 
-Arguments::Arguments(const std::vector<ArgumentSpec>& specs)
+Arguments::Arguments(const std::vector<ArgumentForm>& forms)
 {
-    for (const ArgumentSpec& spec : specs)
+    for (const ArgumentForm& form : forms)
     {
-        Argument argument{spec, support::toWide(spec.text), std::nullopt};
-        if (spec.kind == Kind::OutWide)
-            argument.memory.emplace(static_cast<std::size_t>(spec.number) * sizeof(wchar_t));
-        else if (spec.kind == Kind::OutBytes)
-            argument.memory.emplace(static_cast<std::size_t>(spec.number));
+        Argument argument{form, support::toWide(form.text), std::nullopt};
+        if (form.kind == Kind::OutWide)
+            argument.memory.emplace(static_cast<std::size_t>(form.number) * sizeof(wchar_t));
+        else if (form.kind == Kind::OutBytes)
+            argument.memory.emplace(static_cast<std::size_t>(form.number));
         m_arguments.push_back(std::move(argument));
     }
 }
@@ -231,7 +231,7 @@ const Arguments::Argument& Arguments::at(std::size_t index, Kind kind) const
     if (index >= m_arguments.size())
         throw CaseError("too few arguments");
     const Argument& argument = m_arguments[index];
-    if (argument.spec.kind != kind)
+    if (argument.form.kind != kind)
         throw CaseError("argument " + std::to_string(index + 1) + " is of the wrong kind");
     return argument;
 }
@@ -243,24 +243,24 @@ Arguments::Argument& Arguments::at(std::size_t index, Kind kind)
 
 const wchar_t* Arguments::text(std::size_t index) const
 {
-    if (index < m_arguments.size() && m_arguments[index].spec.kind == Kind::Null)
+    if (index < m_arguments.size() && m_arguments[index].form.kind == Kind::Null)
         return nullptr;
     return at(index, Kind::Text).wideText.c_str();
 }
 
 wchar_t* Arguments::wide(std::size_t index)
 {
-    if (index < m_arguments.size() && m_arguments[index].spec.kind == Kind::Null)
+    if (index < m_arguments.size() && m_arguments[index].form.kind == Kind::Null)
         return nullptr;
     return static_cast<wchar_t*>(at(index, Kind::OutWide).memory->data());
 }
 
 void* Arguments::buffer(std::size_t index)
 {
-    if (index < m_arguments.size() && m_arguments[index].spec.kind == Kind::Null)
+    if (index < m_arguments.size() && m_arguments[index].form.kind == Kind::Null)
         return nullptr;
-    if (index < m_arguments.size() && m_arguments[index].spec.kind == Kind::Data)
-        return m_arguments[index].spec.text.data();
+    if (index < m_arguments.size() && m_arguments[index].form.kind == Kind::Data)
+        return m_arguments[index].form.text.data();
     return at(index, Kind::OutBytes).memory->data();
 }
 
@@ -269,13 +269,13 @@ std::string Arguments::difference(const Argument& argument, const std::string* e
     const GuardedBuffer& memory = *argument.memory;
     if (!memory.isGuardIntact())
         return "bytes outside of its room were written";
-    const bool isNumber = argument.spec.kind == Kind::OutNumber;
+    const bool isNumber = argument.form.kind == Kind::OutNumber;
     if (expected == nullptr || *expected == "unchanged")
     {
         if (isNumber)
         {
             const std::string actual = shownNumber(memory.content(), argument.isSigned);
-            return actual == std::to_string(argument.spec.number) ? "" : "is " + actual + " instead of unchanged";
+            return actual == std::to_string(argument.form.number) ? "" : "is " + actual + " instead of unchanged";
         }
         return memory.isUnchanged() ? "" : "is " + quotedText(memory.content()) + " instead of unchanged";
     }
@@ -285,7 +285,7 @@ std::string Arguments::difference(const Argument& argument, const std::string* e
         return actual == *expected ? "" : "is " + actual + " instead of " + *expected;
     }
     const std::string bytes = expectedBytes(*expected, variables);
-    return argument.spec.kind == Kind::OutWide ? differenceOfWide(memory.content(), bytes)
+    return argument.form.kind == Kind::OutWide ? differenceOfWide(memory.content(), bytes)
                                                : differenceOfBytes(memory.content(), bytes);
 }
 
@@ -298,11 +298,11 @@ std::vector<std::string> Arguments::differences(const std::map<std::string, std:
     {
         if (!argument.memory)
             continue;
-        const auto value = expected.find(argument.spec.name);
+        const auto value = expected.find(argument.form.name);
         known += value != expected.end() ? 1 : 0;
         const std::string text = difference(argument, value == expected.end() ? nullptr : &value->second, variables);
         if (!text.empty())
-            found.push_back(argument.spec.name + ": " + text);
+            found.push_back(argument.form.name + ": " + text);
     }
     if (known != expected.size())
         throw CaseError("an expected value has no argument of its name");

@@ -13,7 +13,7 @@ namespace wire
 {
 
 /// One argument as a case writes it.
-struct ArgumentSpec
+struct ArgumentForm
 {
     enum class Kind
     {
@@ -32,7 +32,7 @@ struct ArgumentSpec
     long long number = 0; ///< a number's value; a buffer's room
 };
 
-std::vector<ArgumentSpec> parseArguments(std::string_view raw, const Variables& variables);
+std::vector<ArgumentForm> parseArguments(std::string_view raw, const Variables& variables);
 
 /// Memory between two guard zones, filled so that every byte written shows.
 class GuardedBuffer
@@ -58,7 +58,7 @@ private:
 class Arguments
 {
 public:
-    explicit Arguments(const std::vector<ArgumentSpec>& specs);
+    explicit Arguments(const std::vector<ArgumentForm>& forms);
 
     std::size_t count() const { return m_arguments.size(); }
 
@@ -69,18 +69,18 @@ public:
     template <typename Number>
     Number number(std::size_t index) const
     {
-        const Argument& argument = at(index, ArgumentSpec::Kind::Number);
-        return static_cast<Number>(argument.spec.number);
+        const Argument& argument = at(index, ArgumentForm::Kind::Number);
+        return static_cast<Number>(argument.form.number);
     }
 
     template <typename Number>
     Number& out(std::size_t index)
     {
-        Argument& argument = at(index, ArgumentSpec::Kind::OutNumber);
+        Argument& argument = at(index, ArgumentForm::Kind::OutNumber);
         argument.isSigned = Number(-1) < Number(0);
         argument.memory.emplace(sizeof(Number));
         auto* const value = static_cast<Number*>(argument.memory->data());
-        *value = static_cast<Number>(argument.spec.number);
+        *value = static_cast<Number>(argument.form.number);
         return *value;
     }
 
@@ -91,7 +91,7 @@ public:
 private:
     struct Argument
     {
-        ArgumentSpec spec;
+        ArgumentForm form;
         std::wstring wideText;
         std::optional<GuardedBuffer> memory;
         bool isSigned = false;
@@ -99,8 +99,8 @@ private:
 
     static std::string difference(const Argument& argument, const std::string* expected, const Variables& variables);
 
-    const Argument& at(std::size_t index, ArgumentSpec::Kind kind) const;
-    Argument& at(std::size_t index, ArgumentSpec::Kind kind);
+    const Argument& at(std::size_t index, ArgumentForm::Kind kind) const;
+    Argument& at(std::size_t index, ArgumentForm::Kind kind);
 
     std::vector<Argument> m_arguments;
 };

@@ -24,7 +24,7 @@ HeadTemplates readHeadTemplates(const std::filesystem::path& path);
 struct ClientStep
 {
     std::string kind;
-    std::vector<ArgumentSpec> arguments;
+    std::vector<ArgumentForm> arguments;
 };
 
 /// Makes a coming system call fail.
@@ -57,7 +57,7 @@ struct CallStep
 {
     std::size_t line = 0;
     std::string operation;
-    std::vector<ArgumentSpec> arguments;
+    std::vector<ArgumentForm> arguments;
     std::string result;
     std::map<std::string, std::string> outs; ///< as they are written, by name
 };

@@ -79,15 +79,15 @@ TEST(Patterns, CountWhatFollowsTheHead)
 
 TEST(ArgumentLists, AreRead)
 {
-    const auto specs =
+    const auto forms =
         parseArguments(R"x((null, "a\u4e2d)\"", 0x10, data "b", out n=-1, wide k[5], bytes d[3]))x", variables);
-    ASSERT_EQ(specs.size(), 7u);
-    EXPECT_EQ(specs[1].text, "a\xE4\xB8\xAD)\"");
-    EXPECT_EQ(specs[2].number, 16);
-    EXPECT_EQ(specs[3].text, "b");
-    EXPECT_EQ(specs[4].number, -1);
-    EXPECT_EQ(specs[5].name, "k");
-    EXPECT_EQ(specs[6].number, 3);
+    ASSERT_EQ(forms.size(), 7u);
+    EXPECT_EQ(forms[1].text, "a\xE4\xB8\xAD)\"");
+    EXPECT_EQ(forms[2].number, 16);
+    EXPECT_EQ(forms[3].text, "b");
+    EXPECT_EQ(forms[4].number, -1);
+    EXPECT_EQ(forms[5].name, "k");
+    EXPECT_EQ(forms[6].number, 3);
     for (const char* raw : {"", "(", "(\"a)", "(1", "(1) 2", "(x)", "(wide k)"})
         EXPECT_THROW(parseArguments(raw, variables), CaseError) << raw;
 }

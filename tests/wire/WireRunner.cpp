@@ -6,7 +6,6 @@
 #include <cstdio>
 #include <exception>
 #include <filesystem>
-#include <memory>
 #include <string>
 #include <string_view>
 #include <utility>
@@ -19,16 +18,16 @@ namespace fs = std::filesystem;
 class CaseTest : public testing::Test
 {
 public:
-    CaseTest(fs::path file, std::shared_ptr<const wire::HeadTemplates> heads)
-        : m_file(std::move(file)), m_heads(std::move(heads))
-    {
-    }
+    explicit CaseTest(fs::path file) : m_file(std::move(file)) {}
 
-    void TestBody() override { wire::runCase(m_file, *m_heads); }
+    static void SetUpTestSuite() { s_heads = wire::readHeadTemplates(QUORVEX_HEADS); }
+
+    void TestBody() override { wire::runCase(m_file, s_heads); }
 
 private:
+    static inline wire::HeadTemplates s_heads;
+
     fs::path m_file;
-    std::shared_ptr<const wire::HeadTemplates> m_heads;
 };
 
 std::vector<fs::path> caseFiles(const fs::path& folder)
@@ -50,13 +49,13 @@ std::string testName(std::string name)
 }
 
 /// The folder below the cases is the suite's name, the file's name the test's.
-void registerCase(const fs::path& file, const fs::path& root, const std::shared_ptr<const wire::HeadTemplates>& heads)
+void registerCase(const fs::path& file, const fs::path& root)
 {
     const std::string suite = testName(file.parent_path().lexically_relative(root).generic_string());
     const std::string name = testName(file.stem().string());
     const std::string shown = file.generic_string();
     testing::RegisterTest(suite.c_str(), name.c_str(), nullptr, nullptr, shown.c_str(), 1,
-                          [=]() -> CaseTest* { return new CaseTest(file, heads); });
+                          [=]() -> CaseTest* { return new CaseTest(file); });
 }
 
 fs::path casesFolder(int argc, char** argv)
@@ -76,9 +75,8 @@ int main(int argc, char** argv)
     try
     {
         const fs::path root = casesFolder(argc, argv);
-        const auto heads = std::make_shared<const wire::HeadTemplates>(wire::readHeadTemplates(QUORVEX_HEADS));
         for (const fs::path& file : caseFiles(root))
-            registerCase(file, root, heads);
+            registerCase(file, root);
     }
     catch (const std::exception& error)
     {
