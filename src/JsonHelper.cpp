@@ -1,5 +1,7 @@
 #include "JsonHelper.h"
 
+#include "CommonUtil.h"
+
 #include <json/reader.h>
 
 #include <cmath>
@@ -15,6 +17,17 @@ bool ParseJson(const std::string& body, Json::Value& root)
     builder["collectComments"] = false;
     const std::unique_ptr<Json::CharReader> reader(builder.newCharReader());
     return reader->parse(body.data(), body.data() + body.size(), &root, nullptr);
+}
+
+const Json::Value& Require(const Json::Value& root, const char* key, const wchar_t* message)
+{
+    const Json::Value& value = root[key];
+    if (value.isNull())
+    {
+        LOG_ERROR(message);
+        throw MissingKey();
+    }
+    return value;
 }
 
 std::int64_t ReadInt64(const Json::Value& value)

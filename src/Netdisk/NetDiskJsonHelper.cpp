@@ -116,8 +116,13 @@ int CNetDiskJsonHelper::ReadReply(const std::string& body, Read read)
     {
         if (ParseJson(body, m_root))
         {
-            return read(std::as_const(m_root));
+            read(std::as_const(m_root));
+            return Result::Ok;
         }
+    }
+    catch (const MissingKey&)
+    {
+        return Result::BadAnswer;
     }
     catch (const std::exception&)
     {
@@ -147,19 +152,9 @@ void CNetDiskJsonHelper::ErrorReply(int code, const std::string& body)
 int CNetDiskJsonHelper::LoginReply(const std::string& body, int& uapUid, const char*& uapSid,
                                    const char*& userCenterLogin)
 {
-    return ReadReply(body, [&](const Json::Value& root) -> int {
-        const Json::Value& uid = root["uap_uid"];
-        if (uid.isNull())
-        {
-            LOG_ERROR(L"get uap_uid error");
-            return Result::BadAnswer;
-        }
-        const Json::Value& sid = root["uap_sid"];
-        if (sid.isNull())
-        {
-            LOG_ERROR(L"get uap_sid error");
-            return Result::BadAnswer;
-        }
+    return ReadReply(body, [&](const Json::Value& root) {
+        const Json::Value& uid = Require(root, "uap_uid", L"get uap_uid error");
+        const Json::Value& sid = Require(root, "uap_sid", L"get uap_sid error");
         const Json::Value& login = root["QVUserCenterLogin"];
         const int uidValue = uid.asInt();
         const char* const sidText = sid.asCString();
@@ -168,48 +163,26 @@ int CNetDiskJsonHelper::LoginReply(const std::string& body, int& uapUid, const c
         uapUid = uidValue;
         uapSid = sidText;
         userCenterLogin = loginText;
-        return Result::Ok;
     });
 }
 
 int CNetDiskJsonHelper::SessionCheckReply(const std::string& body, int& uapUid)
 {
-    return ReadReply(body, [&](const Json::Value& root) -> int {
-        const Json::Value& uid = root["uap_uid"];
-        if (uid.isNull())
-        {
-            // The session's key is named on purpose: this is how a rejected session shows in the log.
-            LOG_ERROR(L"get uap_sid error");
-            return Result::BadAnswer;
-        }
+    return ReadReply(body, [&](const Json::Value& root) {
+        // The session's key is named on purpose: this is how a rejected session shows in the log.
+        const Json::Value& uid = Require(root, "uap_uid", L"get uap_sid error");
         uapUid = uid.asInt();
         LOG_DEBUG(L"json result: uap_uid=" << uapUid);
-        return Result::Ok;
     });
 }
 
 int CNetDiskJsonHelper::UploadReply(const std::string& body, wchar_t* fileKeyOut, unsigned long fileKeyOutSize,
                                     int& fsize, int& cflag)
 {
-    return ReadReply(body, [&](const Json::Value& root) -> int {
-        const Json::Value& key = root["fkey"];
-        if (key.isNull())
-        {
-            LOG_ERROR(L"get fkey error");
-            return Result::BadAnswer;
-        }
-        const Json::Value& size = root["fsize"];
-        if (size.isNull())
-        {
-            LOG_ERROR(L"get fsize error");
-            return Result::BadAnswer;
-        }
-        const Json::Value& flag = root["cflag"];
-        if (flag.isNull())
-        {
-            LOG_ERROR(L"get cflag error");
-            return Result::BadAnswer;
-        }
+    return ReadReply(body, [&](const Json::Value& root) {
+        const Json::Value& key = Require(root, "fkey", L"get fkey error");
+        const Json::Value& size = Require(root, "fsize", L"get fsize error");
+        const Json::Value& flag = Require(root, "cflag", L"get cflag error");
         const char* const keyText = key.asCString();
         const int sizeValue = size.asInt();
         const int flagValue = flag.asInt();
@@ -217,114 +190,72 @@ int CNetDiskJsonHelper::UploadReply(const std::string& body, wchar_t* fileKeyOut
         CopyToWide(keyText, fileKeyOut, std::size_t{2} * fileKeyOutSize);
         fsize = sizeValue;
         cflag = flagValue;
-        return Result::Ok;
     });
 }
 
 int CNetDiskJsonHelper::BlockReply(const std::string& body, const char*& fkey, int& fsize)
 {
-    return ReadReply(body, [&](const Json::Value& root) -> int {
-        const Json::Value& key = root["fkey"];
-        if (key.isNull())
-        {
-            LOG_ERROR(L"get fkey error");
-            return Result::BadAnswer;
-        }
-        const Json::Value& size = root["fsize"];
-        if (size.isNull())
-        {
-            LOG_ERROR(L"get fsize error");
-            return Result::BadAnswer;
-        }
+    return ReadReply(body, [&](const Json::Value& root) {
+        const Json::Value& key = Require(root, "fkey", L"get fkey error");
+        const Json::Value& size = Require(root, "fsize", L"get fsize error");
         const char* const keyText = key.asCString();
         fsize = size.asInt();
         fkey = keyText;
         LOG_DEBUG(L"json result: fkey=" << fkey << L", fsize=" << fsize);
-        return Result::Ok;
     });
 }
 
 int CNetDiskJsonHelper::FolderCreatedReply(const std::string& body, const char*& folderId)
 {
-    return ReadReply(body, [&](const Json::Value& root) -> int {
-        const Json::Value& id = root["fo_id"];
-        if (id.isNull())
-        {
-            LOG_ERROR(L"get fo_id error");
-            return Result::BadAnswer;
-        }
+    return ReadReply(body, [&](const Json::Value& root) {
+        const Json::Value& id = Require(root, "fo_id", L"get fo_id error");
         folderId = id.asCString();
         LOG_DEBUG(L"json result: fo_id=" << folderId);
-        return Result::Ok;
     });
 }
 
 int CNetDiskJsonHelper::FolderListing(const std::string& body, std::vector<_FileInfo>& files,
                                       std::vector<_FolderInfo>& folders)
 {
-    return ReadReply(body, [&](const Json::Value& root) -> int {
+    return ReadReply(body, [&](const Json::Value& root) {
         AppendRecords(root["files"], ReadListedFile, files);
         AppendRecords(root["folders"], ReadFolder, folders);
         LOG_DEBUG(L"json result: files=" << files.size() << L", folders=" << folders.size());
-        return Result::Ok;
     });
 }
 
 int CNetDiskJsonHelper::PcodeCreatedReply(const std::string& body, const char*& pcode)
 {
-    return ReadReply(body, [&](const Json::Value& root) -> int {
-        const Json::Value& code = root["pcode"];
-        if (code.isNull())
-        {
-            LOG_ERROR(L"get pcode error");
-            return Result::BadAnswer;
-        }
+    return ReadReply(body, [&](const Json::Value& root) {
+        const Json::Value& code = Require(root, "pcode", L"get pcode error");
         pcode = code.asCString();
         LOG_DEBUG(L"json result: pcode=" << pcode);
-        return Result::Ok;
     });
 }
 
 int CNetDiskJsonHelper::PcodeListing(const std::string& body, std::vector<_PcodeInfo>& pcodes)
 {
-    return ReadReply(body, [&](const Json::Value& root) -> int {
+    return ReadReply(body, [&](const Json::Value& root) {
         AppendRecords(root["pcodes"], ReadPcode, pcodes);
         LOG_DEBUG(L"json result: pcodes=" << pcodes.size());
-        return Result::Ok;
     });
 }
 
 int CNetDiskJsonHelper::PcodeContents(const std::string& body, std::vector<_FileInfo>& files)
 {
-    return ReadReply(body, [&](const Json::Value& root) -> int {
+    return ReadReply(body, [&](const Json::Value& root) {
         AppendRecords(root["files"], ReadSharedFile, files);
         LOG_DEBUG(L"json result: files=" << files.size());
-        return Result::Ok;
     });
 }
 
 int CNetDiskJsonHelper::Capacity(const std::string& body, std::int64_t& totalSpace, std::int64_t& usedSpace,
                                  std::uint32_t& maxFileSize)
 {
-    return ReadReply(body, [&](const Json::Value& root) -> int {
-        const Json::Value& total = root["total_space"];
-        if (total.isNull())
-        {
-            LOG_ERROR(L"get total_space error");
-            return Result::BadAnswer;
-        }
-        const Json::Value& used = root["used_space"];
-        if (used.isNull())
-        {
-            LOG_ERROR(L"get used_space error");
-            return Result::BadAnswer;
-        }
-        const Json::Value& maximum = root["max_file_size"];
-        if (maximum.isNull())
-        {
-            LOG_ERROR(L"get max_file_size error");
-            return Result::BadAnswer;
-        }
+    return ReadReply(body, [&](const Json::Value& root) {
+        const Json::Value& total = Require(root, "total_space", L"get total_space error");
+        const Json::Value& used = Require(root, "used_space", L"get used_space error");
+        const Json::Value& maximum = Require(root, "max_file_size", L"get max_file_size error");
         const std::int64_t totalValue = ReadInt64(total);
         const std::int64_t usedValue = ReadInt64(used);
         maxFileSize = maximum.asUInt();
@@ -332,13 +263,12 @@ int CNetDiskJsonHelper::Capacity(const std::string& body, std::int64_t& totalSpa
         usedSpace = usedValue;
         LOG_DEBUG(L"json result: total_space=" << totalSpace << L", used_space=" << usedSpace << L", max_file_size="
                                                << maxFileSize);
-        return Result::Ok;
     });
 }
 
 int CNetDiskJsonHelper::RecyclebinListing(const std::string& body, std::vector<_RItemInfo>& items)
 {
-    return ReadReply(body, [&](const Json::Value& root) -> int {
+    return ReadReply(body, [&](const Json::Value& root) {
         const Json::Value& data = root["data"];
         if (data.isArray())
         {
@@ -351,7 +281,6 @@ int CNetDiskJsonHelper::RecyclebinListing(const std::string& body, std::vector<_
             }
         }
         LOG_DEBUG(L"json result: data=" << items.size());
-        return Result::Ok;
     });
 }
 
