@@ -53,8 +53,7 @@ Application::Application(Options options)
 
 Clock Application::SystemClock()
 {
-    return []
-    {
+    return [] {
         const auto now = std::chrono::system_clock::now().time_since_epoch();
         return std::chrono::duration_cast<std::chrono::seconds>(now).count();
     };

@@ -55,8 +55,7 @@ void Define(CLI::App& app, CommandLine& line)
     app.add_option("--host", options.http.host, "Address to listen on")->capture_default_str();
     app.add_option_function<std::vector<std::string>>(
            "--user",
-           [&line](const std::vector<std::string>& users)
-           {
+           [&line](const std::vector<std::string>& users) {
                for (const std::string& user : users)
                {
                    line.users.push_back(SplitUser(user));

@@ -39,9 +39,9 @@ Md5Sha1::Md5Sha1(Md5Sha1CompressFunction compress)
 void Md5Sha1::Append(const void* data, std::size_t size)
 {
     FeedBlocks(m_pending.data(), static_cast<std::size_t>(m_size % kDigestBlockSize),
-               static_cast<const unsigned char*>(data), size,
-               [this](const unsigned char* blocks, std::size_t count)
-               { m_compress(m_md5.data(), m_sha1.data(), blocks, count); });
+               static_cast<const unsigned char*>(data), size, [this](const unsigned char* blocks, std::size_t count) {
+                   m_compress(m_md5.data(), m_sha1.data(), blocks, count);
+               });
     m_size += size;
 }
 
@@ -51,9 +51,9 @@ Md5Sha1::Digests Md5Sha1::Finish()
     const auto held = static_cast<std::size_t>(m_size % kDigestBlockSize);
     FeedPadding(m_pending.data(), held, Md5LengthBytes(m_size * 8),
                 [this](const unsigned char* blocks, std::size_t count) { Md5Compress(m_md5.data(), blocks, count); });
-    FeedPadding(m_pending.data(), held, Sha1LengthBytes(m_size * 8),
-                [this](const unsigned char* blocks, std::size_t count)
-                { Sha1CompressPortable(m_sha1.data(), blocks, count); });
+    FeedPadding(
+        m_pending.data(), held, Sha1LengthBytes(m_size * 8),
+        [this](const unsigned char* blocks, std::size_t count) { Sha1CompressPortable(m_sha1.data(), blocks, count); });
     return {Md5DigestOf(m_md5.data()), Sha1DigestOf(m_sha1.data())};
 }
 

@@ -15,8 +15,7 @@ namespace quorvex
 void Md5Sha1CompressX86(std::uint32_t* md5, std::uint32_t* sha1, const unsigned char* blocks, std::size_t count)
 {
     Sha1ChainX86 sha1Chain(sha1);
-    const auto sha1Beside = [&sha1Chain](auto step, const unsigned char* block)
-    {
+    const auto sha1Beside = [&sha1Chain](auto step, const unsigned char* block) {
         constexpr int groups = 20;
         constexpr int done = step.value * groups / 64;
         if constexpr ((step.value + 1) * groups / 64 > done)

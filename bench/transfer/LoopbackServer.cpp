@@ -208,8 +208,7 @@ std::string LoopbackServer::UploadReply() const
 
 void LoopbackServer::AnswerDownload(SOCKET client, const std::string& head) const
 {
-    static const std::string pattern = []
-    {
+    static const std::string pattern = [] {
         std::string bytes(kChunk, '\0');
         for (std::size_t i = 0; i < bytes.size(); ++i)
         {

@@ -92,15 +92,13 @@ std::size_t PrivateMemory()
 std::size_t PeakDuring(const std::function<void()>& run)
 {
     std::size_t peak = PrivateMemory();
-    std::jthread watcher(
-        [&peak](const std::stop_token& stop)
+    std::jthread watcher([&peak](const std::stop_token& stop) {
+        while (!stop.stop_requested())
         {
-            while (!stop.stop_requested())
-            {
-                peak = std::max(peak, PrivateMemory());
-                ::Sleep(1);
-            }
-        });
+            peak = std::max(peak, PrivateMemory());
+            ::Sleep(1);
+        }
+    });
     run();
     watcher.request_stop();
     watcher.join();

@@ -37,27 +37,25 @@ Pair Downloads(const NetDiskClient& module, const BareClient& bare, const fs::pa
             .second = [&bare, target] { bare.Download(target); },
             // Both have to make the file anew, and neither is measured by what the other has left.
             .cleanUp =
-                [target]
-            {
-                if (fs::file_size(target) != kFileSize)
-                {
-                    throw std::runtime_error("a download is not whole");
-                }
-                fs::remove(target);
-            }};
+                [target] {
+                    if (fs::file_size(target) != kFileSize)
+                    {
+                        throw std::runtime_error("a download is not whole");
+                    }
+                    fs::remove(target);
+                }};
 }
 
 Pair SmallGets(const NetDiskClient& module, const BareClient& bare)
 {
     return {.name = "CapacityInfo, 500 requests",
             .first =
-                [&module]
-            {
-                unsigned long long total = 0;
-                unsigned long long used = 0;
-                unsigned long maximum = 0;
-                CheckResult(module->CapacityInfo(total, used, maximum), "CapacityInfo");
-            },
+                [&module] {
+                    unsigned long long total = 0;
+                    unsigned long long used = 0;
+                    unsigned long maximum = 0;
+                    CheckResult(module->CapacityInfo(total, used, maximum), "CapacityInfo");
+                },
             .second = [&bare] { bare.Get(L"/capacity/info"); },
             .repetitions = kRequests};
 }
@@ -72,29 +70,31 @@ Pair SmallPosts(const NetDiskClient& module, const BareClient& bare)
 
 Pair BlockUploads(LoopbackServer& server, const NetDiskClient& module, const BareClient& bare, std::vector<char>& block)
 {
-    return {
-        .name = "LargeFileUpload, 64 blocks of 1 MiB",
-        .first = [&]
-        { CheckResult(module->LargeFileUpload(L"k", block.data(), kBlockSize, kBlockPosition), "LargeFileUpload"); },
-        .second = [&] { bare.UploadBlock(block, kBlockPosition); },
-        .repetitions = kBlocks,
-        // The module compares the answer with the block that it sent.
-        .prepare = [&server] { server.SetFileSize(kBlockSize); }};
+    return {.name = "LargeFileUpload, 64 blocks of 1 MiB",
+            .first =
+                [&] {
+                    CheckResult(module->LargeFileUpload(L"k", block.data(), kBlockSize, kBlockPosition),
+                                "LargeFileUpload");
+                },
+            .second = [&] { bare.UploadBlock(block, kBlockPosition); },
+            .repetitions = kBlocks,
+            // The module compares the answer with the block that it sent.
+            .prepare = [&server] { server.SetFileSize(kBlockSize); }};
 }
 
 Pair BlockDownloads(const NetDiskClient& module, const BareClient& bare, std::vector<char>& block)
 {
     return {.name = "LargeFileDownload, 64 blocks of 1 MiB",
             .first =
-                [&]
-            {
-                unsigned long size = kBlockSize;
-                CheckResult(module->LargeFileDownload(L"k", kBlockPosition, block.data(), size), "LargeFileDownload");
-                if (size != kBlockSize)
-                {
-                    throw std::runtime_error("a block is not whole");
-                }
-            },
+                [&] {
+                    unsigned long size = kBlockSize;
+                    CheckResult(module->LargeFileDownload(L"k", kBlockPosition, block.data(), size),
+                                "LargeFileDownload");
+                    if (size != kBlockSize)
+                    {
+                        throw std::runtime_error("a block is not whole");
+                    }
+                },
             .second = [&] { bare.DownloadBlock(block, kBlockPosition); },
             .repetitions = kBlocks};
 }

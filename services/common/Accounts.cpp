@@ -58,20 +58,18 @@ std::int64_t Accounts::Ensure(const std::string& name, const std::string& passwo
     }
     const std::string salt = RandomBytes(SaltSize);
     const std::string hash = DerivePasswordHash(password, salt, hashIterations_);
-    return database_.Transact(
-        [&](Transaction& transaction)
-        {
-            auto upsert = transaction.Prepare(R"(
+    return database_.Transact([&](Transaction& transaction) {
+        auto upsert = transaction.Prepare(R"(
                 INSERT INTO account (name, salt, password_hash, iterations) VALUES (?1, ?2, ?3, ?4)
                 ON CONFLICT (name) DO UPDATE SET salt = ?2, password_hash = ?3, iterations = ?4
                 RETURNING id)");
-            upsert.bind(1, name);
-            BindBytes(upsert, 2, salt);
-            BindBytes(upsert, 3, hash);
-            upsert.bind(4, hashIterations_);
-            upsert.executeStep();
-            return upsert.getColumn(0).getInt64();
-        });
+        upsert.bind(1, name);
+        BindBytes(upsert, 2, salt);
+        BindBytes(upsert, 3, hash);
+        upsert.bind(4, hashIterations_);
+        upsert.executeStep();
+        return upsert.getColumn(0).getInt64();
+    });
 }
 
 std::optional<std::int64_t> Accounts::Find(const std::string& name)

@@ -62,13 +62,11 @@ void AdminService::AddRoutes(HttpServer& server)
 
 void AdminService::AddRoute(HttpServer& server, const std::string& path, Handler handler)
 {
-    server.Post(path,
-                [this, handler](const httplib::Request& request, httplib::Response& response,
-                                const httplib::ContentReader& read)
-                {
-                    RequireLocalJson(request);
-                    AnswerJson(request, response, (this->*handler)(ReadJsonBody(read)));
-                });
+    server.Post(path, [this, handler](const httplib::Request& request, httplib::Response& response,
+                                      const httplib::ContentReader& read) {
+        RequireLocalJson(request);
+        AnswerJson(request, response, (this->*handler)(ReadJsonBody(read)));
+    });
 }
 
 Json::Value AdminService::AddUser(const Json::Value& body)

@@ -75,15 +75,13 @@ void BlobStore::Recover()
         std::filesystem::remove(entry.path());
     }
     std::unordered_set<std::string> named;
-    database_.Transact(
-        [&](Transaction& transaction)
+    database_.Transact([&](Transaction& transaction) {
+        auto query = transaction.Prepare("SELECT name FROM blob");
+        while (query.executeStep())
         {
-            auto query = transaction.Prepare("SELECT name FROM blob");
-            while (query.executeStep())
-            {
-                named.insert(query.getColumn(0).getString());
-            }
-        });
+            named.insert(query.getColumn(0).getString());
+        }
+    });
     for (const auto& entry : std::filesystem::recursive_directory_iterator(root_))
     {
         if (entry.is_regular_file() && !named.contains(entry.path().filename().string()))

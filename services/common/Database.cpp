@@ -24,26 +24,24 @@ Database::Database(const std::filesystem::path& file)
 
 void Database::Migrate(const std::string& component, std::initializer_list<const char*> steps)
 {
-    Transact(
-        [&](Transaction& transaction)
+    Transact([&](Transaction& transaction) {
+        auto applied = transaction.Prepare("SELECT applied FROM schema_step WHERE component = ?");
+        applied.bind(1, component);
+        int next = 0;
+        const int done = applied.executeStep() ? applied.getColumn(0).getInt() : 0;
+        for (const char* step : steps)
         {
-            auto applied = transaction.Prepare("SELECT applied FROM schema_step WHERE component = ?");
-            applied.bind(1, component);
-            int next = 0;
-            const int done = applied.executeStep() ? applied.getColumn(0).getInt() : 0;
-            for (const char* step : steps)
+            if (next++ >= done)
             {
-                if (next++ >= done)
-                {
-                    connection_.exec(step);
-                }
+                connection_.exec(step);
             }
-            auto record = transaction.Prepare("INSERT INTO schema_step (component, applied) VALUES (?1, ?2) "
-                                              "ON CONFLICT (component) DO UPDATE SET applied = MAX(applied, ?2)");
-            record.bind(1, component);
-            record.bind(2, next);
-            record.exec();
-        });
+        }
+        auto record = transaction.Prepare("INSERT INTO schema_step (component, applied) VALUES (?1, ?2) "
+                                          "ON CONFLICT (component) DO UPDATE SET applied = MAX(applied, ?2)");
+        record.bind(1, component);
+        record.bind(2, next);
+        record.exec();
+    });
 }
 
 } // namespace quorvex::services

@@ -36,8 +36,7 @@ void AnswerJson(const httplib::Request& request, httplib::Response& response, co
         return;
     }
     response.set_chunked_content_provider("application/json",
-                                          [text = std::move(body)](std::size_t, httplib::DataSink& sink)
-                                          {
+                                          [text = std::move(body)](std::size_t, httplib::DataSink& sink) {
                                               const bool written = sink.write(text.data(), text.size());
                                               sink.done();
                                               return written;

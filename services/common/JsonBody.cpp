@@ -20,16 +20,14 @@ std::string ReadText(const httplib::ContentReader& read)
 {
     std::string text;
     bool isTooLarge = false;
-    const bool isWhole = read(
-        [&](const char* data, std::size_t size)
+    const bool isWhole = read([&](const char* data, std::size_t size) {
+        isTooLarge = isTooLarge || text.size() + size > MaxBodySize;
+        if (!isTooLarge)
         {
-            isTooLarge = isTooLarge || text.size() + size > MaxBodySize;
-            if (!isTooLarge)
-            {
-                text.append(data, size);
-            }
-            return !isTooLarge;
-        });
+            text.append(data, size);
+        }
+        return !isTooLarge;
+    });
     if (isTooLarge)
     {
         throw HttpError(Status::PayloadTooLarge, "the request body is too large");

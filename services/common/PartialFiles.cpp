@@ -45,22 +45,20 @@ PartialFiles::PartialFiles(Database& database, const std::filesystem::path& root
 void PartialFiles::Recover()
 {
     std::unordered_set<std::string> keys;
-    database_.Transact(
-        [&](Transaction& transaction)
+    database_.Transact([&](Transaction& transaction) {
+        auto query = transaction.Prepare("SELECT key FROM partial_file");
+        while (query.executeStep())
         {
-            auto query = transaction.Prepare("SELECT key FROM partial_file");
-            while (query.executeStep())
+            keys.insert(query.getColumn(0).getString());
+        }
+        for (const std::string& key : keys)
+        {
+            if (!std::filesystem::exists(PathOf(key)))
             {
-                keys.insert(query.getColumn(0).getString());
+                Reset(transaction, key);
             }
-            for (const std::string& key : keys)
-            {
-                if (!std::filesystem::exists(PathOf(key)))
-                {
-                    Reset(transaction, key);
-                }
-            }
-        });
+        }
+    });
     for (const auto& entry : std::filesystem::directory_iterator(folder_))
     {
         if (!keys.contains(entry.path().filename().string()))
@@ -146,12 +144,10 @@ void PartialFiles::Discard(Transaction& transaction, const std::string& key)
     auto remove = transaction.Prepare("DELETE FROM partial_file WHERE key = ?");
     remove.bind(1, key);
     remove.exec();
-    transaction.AfterCommit(
-        [path = PathOf(key)]
-        {
-            std::error_code ignored;
-            std::filesystem::remove(path, ignored);
-        });
+    transaction.AfterCommit([path = PathOf(key)] {
+        std::error_code ignored;
+        std::filesystem::remove(path, ignored);
+    });
 }
 
 } // namespace quorvex::services

@@ -105,14 +105,12 @@ void Sessions::CloseServiceSession(const httplib::Request& request, httplib::Res
 {
     if (const auto token = SessionCookie(request))
     {
-        database_.Transact(
-            [&](Transaction& transaction)
-            {
-                auto remove = transaction.Prepare("DELETE FROM session WHERE digest = ? AND kind = ?");
-                remove.bind(1, Sha256(*token));
-                remove.bind(2, static_cast<int>(Kind::Service));
-                remove.exec();
-            });
+        database_.Transact([&](Transaction& transaction) {
+            auto remove = transaction.Prepare("DELETE FROM session WHERE digest = ? AND kind = ?");
+            remove.bind(1, Sha256(*token));
+            remove.bind(2, static_cast<int>(Kind::Service));
+            remove.exec();
+        });
     }
     SetCookie(response, "", 0);
 }
@@ -130,64 +128,57 @@ std::int64_t Sessions::RequireAccount(const httplib::Request& request)
 
 int Sessions::Expire(Kind kind, std::optional<std::int64_t> account)
 {
-    return database_.Transact(
-        [&](Transaction& transaction)
+    return database_.Transact([&](Transaction& transaction) {
+        auto remove = transaction.Prepare("DELETE FROM session WHERE kind = ?1 AND (?2 IS NULL OR account_id = ?2)");
+        remove.bind(1, static_cast<int>(kind));
+        if (account)
         {
-            auto remove =
-                transaction.Prepare("DELETE FROM session WHERE kind = ?1 AND (?2 IS NULL OR account_id = ?2)");
-            remove.bind(1, static_cast<int>(kind));
-            if (account)
-            {
-                remove.bind(2, *account);
-            }
-            return remove.exec();
-        });
+            remove.bind(2, *account);
+        }
+        return remove.exec();
+    });
 }
 
 void Sessions::Store(Kind kind, const std::string& token, std::int64_t account, std::int64_t lifetime, bool isSingleUse)
 {
     const std::int64_t now = clock_();
-    database_.Transact(
-        [&](Transaction& transaction)
-        {
-            auto purge = transaction.Prepare("DELETE FROM session WHERE expires_at <= ?");
-            purge.bind(1, now);
-            purge.exec();
-            auto insert = transaction.Prepare(
-                "INSERT INTO session (digest, kind, account_id, expires_at, single_use) VALUES (?, ?, ?, ?, ?)");
-            insert.bind(1, Sha256(token));
-            insert.bind(2, static_cast<int>(kind));
-            insert.bind(3, account);
-            insert.bind(4, now + lifetime);
-            insert.bind(5, isSingleUse ? 1 : 0);
-            insert.exec();
-        });
+    database_.Transact([&](Transaction& transaction) {
+        auto purge = transaction.Prepare("DELETE FROM session WHERE expires_at <= ?");
+        purge.bind(1, now);
+        purge.exec();
+        auto insert = transaction.Prepare(
+            "INSERT INTO session (digest, kind, account_id, expires_at, single_use) VALUES (?, ?, ?, ?, ?)");
+        insert.bind(1, Sha256(token));
+        insert.bind(2, static_cast<int>(kind));
+        insert.bind(3, account);
+        insert.bind(4, now + lifetime);
+        insert.bind(5, isSingleUse ? 1 : 0);
+        insert.exec();
+    });
 }
 
 std::optional<std::int64_t> Sessions::Find(Kind kind, const std::string& token)
 {
-    return database_.Transact(
-        [&](Transaction& transaction) -> std::optional<std::int64_t>
+    return database_.Transact([&](Transaction& transaction) -> std::optional<std::int64_t> {
+        const std::string digest = Sha256(token);
+        auto query = transaction.Prepare(
+            "SELECT account_id, single_use FROM session WHERE digest = ? AND kind = ? AND expires_at > ?");
+        query.bind(1, digest);
+        query.bind(2, static_cast<int>(kind));
+        query.bind(3, clock_());
+        if (!query.executeStep())
         {
-            const std::string digest = Sha256(token);
-            auto query = transaction.Prepare(
-                "SELECT account_id, single_use FROM session WHERE digest = ? AND kind = ? AND expires_at > ?");
-            query.bind(1, digest);
-            query.bind(2, static_cast<int>(kind));
-            query.bind(3, clock_());
-            if (!query.executeStep())
-            {
-                return std::nullopt;
-            }
-            const std::int64_t account = query.getColumn(0).getInt64();
-            if (query.getColumn(1).getInt() != 0)
-            {
-                auto remove = transaction.Prepare("DELETE FROM session WHERE digest = ?");
-                remove.bind(1, digest);
-                remove.exec();
-            }
-            return account;
-        });
+            return std::nullopt;
+        }
+        const std::int64_t account = query.getColumn(0).getInt64();
+        if (query.getColumn(1).getInt() != 0)
+        {
+            auto remove = transaction.Prepare("DELETE FROM session WHERE digest = ?");
+            remove.bind(1, digest);
+            remove.exec();
+        }
+        return account;
+    });
 }
 
 } // namespace quorvex::services

@@ -54,21 +54,19 @@ LargeFiles::LargeFiles(Database& database, BlobStore& blobs, PartialFiles& parti
 
 LargeFiles::State LargeFiles::Create(std::int64_t account, const std::string& name, const BlobContent& content)
 {
-    return database_.Transact(
-        [&](Transaction& transaction) -> State
+    return database_.Transact([&](Transaction& transaction) -> State {
+        if (const auto key = FindUnfinished(transaction, account, name, content))
         {
-            if (const auto key = FindUnfinished(transaction, account, name, content))
-            {
-                return {*key, partials_.HeldFromStart(transaction, *key), false};
-            }
-            if (const auto blob = blobs_.ReferenceExisting(transaction, content))
-            {
-                return {store_.Insert(transaction, account, name, content, blob), content.size, true};
-            }
-            std::string key = store_.Insert(transaction, account, name, content, std::nullopt);
-            partials_.Create(transaction, key);
-            return {std::move(key), 0, false};
-        });
+            return {*key, partials_.HeldFromStart(transaction, *key), false};
+        }
+        if (const auto blob = blobs_.ReferenceExisting(transaction, content))
+        {
+            return {store_.Insert(transaction, account, name, content, blob), content.size, true};
+        }
+        std::string key = store_.Insert(transaction, account, name, content, std::nullopt);
+        partials_.Create(transaction, key);
+        return {std::move(key), 0, false};
+    });
 }
 
 LargeFiles::Block LargeFiles::OpenBlock(std::int64_t account, const std::string& key, std::uint64_t position,
@@ -87,14 +85,12 @@ LargeFiles::Block::Block(LargeFiles& owner, std::int64_t account, std::string ke
     : owner_(owner), account_(account), key_(std::move(key)), range_(range), access_(owner.accesses_.Get(key_))
 {
     const auto lock = LockUnfinished();
-    owner_.database_.Transact(
-        [&](Transaction& transaction)
+    owner_.database_.Transact([&](Transaction& transaction) {
+        if (owner_.store_.Require(transaction, account_, key_).IsComplete())
         {
-            if (owner_.store_.Require(transaction, account_, key_).IsComplete())
-            {
-                throw HttpError(Status::Conflict, AlreadyComplete);
-            }
-        });
+            throw HttpError(Status::Conflict, AlreadyComplete);
+        }
+    });
     writer_.emplace(owner_.partials_.Open(key_), range_.first);
 }
 
@@ -126,12 +122,10 @@ void LargeFiles::Block::Confirm()
     }
     const auto lock = LockUnfinished();
     writer_->Sync();
-    owner_.database_.Transact(
-        [&](Transaction& transaction)
-        {
-            owner_.store_.Require(transaction, account_, key_);
-            owner_.partials_.Confirm(transaction, key_, range_);
-        });
+    owner_.database_.Transact([&](Transaction& transaction) {
+        owner_.store_.Require(transaction, account_, key_);
+        owner_.partials_.Confirm(transaction, key_, range_);
+    });
 }
 
 std::uint64_t LargeFiles::Finish(std::int64_t account, const std::string& key)
@@ -150,18 +144,16 @@ std::uint64_t LargeFiles::Finish(std::int64_t account, const std::string& key)
 
 FileRow LargeFiles::RequireWhole(std::int64_t account, const std::string& key)
 {
-    return database_.Transact(
-        [&](Transaction& transaction)
+    return database_.Transact([&](Transaction& transaction) {
+        FileRow file = store_.Require(transaction, account, key);
+        const auto missing = file.IsComplete() ? std::nullopt : partials_.FirstMissing(transaction, key, file.size);
+        if (missing)
         {
-            FileRow file = store_.Require(transaction, account, key);
-            const auto missing = file.IsComplete() ? std::nullopt : partials_.FirstMissing(transaction, key, file.size);
-            if (missing)
-            {
-                throw HttpError(Status::Conflict, "bytes " + std::to_string(missing->first) + "-" +
-                                                      std::to_string(missing->past - 1) + " are missing");
-            }
-            return file;
-        });
+            throw HttpError(Status::Conflict, "bytes " + std::to_string(missing->first) + "-" +
+                                                  std::to_string(missing->past - 1) + " are missing");
+        }
+        return file;
+    });
 }
 
 void LargeFiles::RequireDigest(const FileRow& file)
@@ -176,17 +168,15 @@ void LargeFiles::RequireDigest(const FileRow& file)
 void LargeFiles::Adopt(std::int64_t account, const FileRow& file)
 {
     BlobStore::Staged staged = blobs_.StageLink(partials_.PathOf(file.key), {file.md5, file.size});
-    database_.Transact(
-        [&](Transaction& transaction)
-        {
-            // It may have been deleted meanwhile.
-            store_.Require(transaction, account, file.key);
-            auto update = transaction.Prepare("UPDATE netdisk_file SET blob_id = ? WHERE fkey = ?");
-            update.bind(1, blobs_.Reference(transaction, staged));
-            update.bind(2, file.key);
-            update.exec();
-            partials_.Discard(transaction, file.key);
-        });
+    database_.Transact([&](Transaction& transaction) {
+        // It may have been deleted meanwhile.
+        store_.Require(transaction, account, file.key);
+        auto update = transaction.Prepare("UPDATE netdisk_file SET blob_id = ? WHERE fkey = ?");
+        update.bind(1, blobs_.Reference(transaction, staged));
+        update.bind(2, file.key);
+        update.exec();
+        partials_.Discard(transaction, file.key);
+    });
 }
 
 } // namespace quorvex::services::netdisk

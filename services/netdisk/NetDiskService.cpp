@@ -61,8 +61,7 @@ UploadAnswer ReceiveForm(const httplib::Request& request, const httplib::Content
 httplib::ContentProvider ProvideFrom(std::shared_ptr<FileHandle> file, std::uint64_t first)
 {
     return [file = std::move(file), first, buffer = std::vector<char>()](std::size_t offset, std::size_t length,
-                                                                         httplib::DataSink& sink) mutable
-    {
+                                                                         httplib::DataSink& sink) mutable {
         buffer.resize(ReadSize);
         const std::size_t wanted = std::min(length, buffer.size());
         const std::size_t count = file->ReadAt(first + offset, std::span(buffer).first(wanted));

@@ -65,12 +65,10 @@ NetDiskStore::NetDiskStore(Database& database, BlobStore& blobs, PartialFiles& p
 
 std::string NetDiskStore::Add(std::int64_t account, const std::string& name, BlobStore::Staged& staged)
 {
-    return database_.Transact(
-        [&](Transaction& transaction)
-        {
-            const std::int64_t blob = blobs_.Reference(transaction, staged);
-            return Insert(transaction, account, name, staged.Content(), blob);
-        });
+    return database_.Transact([&](Transaction& transaction) {
+        const std::int64_t blob = blobs_.Reference(transaction, staged);
+        return Insert(transaction, account, name, staged.Content(), blob);
+    });
 }
 
 std::string NetDiskStore::Insert(Transaction& transaction, std::int64_t account, const std::string& name,
@@ -128,27 +126,23 @@ FileRow NetDiskStore::Require(Transaction& transaction, std::int64_t account, co
 
 Download NetDiskStore::Open(std::int64_t account, const std::string& key)
 {
-    return database_.Transact(
-        [&](Transaction& transaction)
+    return database_.Transact([&](Transaction& transaction) {
+        FileRow row = Require(transaction, account, key);
+        if (!row.IsComplete())
         {
-            FileRow row = Require(transaction, account, key);
-            if (!row.IsComplete())
-            {
-                throw HttpError(Status::Conflict, "the file is not complete");
-            }
-            return Download{blobs_.Open(transaction, *row.blob), std::move(row.name), row.size, std::move(row.md5)};
-        });
+            throw HttpError(Status::Conflict, "the file is not complete");
+        }
+        return Download{blobs_.Open(transaction, *row.blob), std::move(row.name), row.size, std::move(row.md5)};
+    });
 }
 
 void NetDiskStore::CountDownload(const std::string& key)
 {
-    database_.Transact(
-        [&](Transaction& transaction)
-        {
-            auto update = transaction.Prepare("UPDATE netdisk_file SET downcount = downcount + 1 WHERE fkey = ?");
-            update.bind(1, key);
-            update.exec();
-        });
+    database_.Transact([&](Transaction& transaction) {
+        auto update = transaction.Prepare("UPDATE netdisk_file SET downcount = downcount + 1 WHERE fkey = ?");
+        update.bind(1, key);
+        update.exec();
+    });
 }
 
 void NetDiskStore::Modify(std::int64_t account, const std::string& key, const std::string& folder,
@@ -158,27 +152,25 @@ void NetDiskStore::Modify(std::int64_t account, const std::string& key, const st
     {
         RequireName(name);
     }
-    database_.Transact(
-        [&](Transaction& transaction)
+    database_.Transact([&](Transaction& transaction) {
+        Require(transaction, account, key);
+        if (!name.empty())
         {
-            Require(transaction, account, key);
-            if (!name.empty())
-            {
-                auto update = transaction.Prepare("UPDATE netdisk_file SET name = ? WHERE fkey = ?");
-                update.bind(1, name);
-                update.bind(2, key);
-                update.exec();
-            }
-            if (!folder.empty())
-            {
-                RequireFolder(transaction, account, folder);
-                auto update = transaction.Prepare("UPDATE netdisk_file SET fo_id = NULLIF(?, ?) WHERE fkey = ?");
-                update.bind(1, folder);
-                update.bind(2, std::string(RootFolder));
-                update.bind(3, key);
-                update.exec();
-            }
-        });
+            auto update = transaction.Prepare("UPDATE netdisk_file SET name = ? WHERE fkey = ?");
+            update.bind(1, name);
+            update.bind(2, key);
+            update.exec();
+        }
+        if (!folder.empty())
+        {
+            RequireFolder(transaction, account, folder);
+            auto update = transaction.Prepare("UPDATE netdisk_file SET fo_id = NULLIF(?, ?) WHERE fkey = ?");
+            update.bind(1, folder);
+            update.bind(2, std::string(RootFolder));
+            update.bind(3, key);
+            update.exec();
+        }
+    });
 }
 
 void NetDiskStore::RequireFolder(Transaction& transaction, std::int64_t account, const std::string& folder)
@@ -199,42 +191,38 @@ void NetDiskStore::RequireFolder(Transaction& transaction, std::int64_t account,
 
 void NetDiskStore::Recycle(std::int64_t account, const std::string& key)
 {
-    database_.Transact(
-        [&](Transaction& transaction)
+    database_.Transact([&](Transaction& transaction) {
+        const FileRow file = Require(transaction, account, key);
+        if (!file.IsComplete())
         {
-            const FileRow file = Require(transaction, account, key);
-            if (!file.IsComplete())
-            {
-                EraseRow(transaction, file);
-                return;
-            }
-            const std::string item = RandomKey();
-            auto insert = transaction.Prepare(
-                "INSERT INTO netdisk_recycled (rs_id, account_id, type, rtime) VALUES (?, ?, ?, ?)");
-            insert.bind(1, item);
-            insert.bind(2, account);
-            insert.bind(3, static_cast<int>(ItemType::File));
-            insert.bind(4, clock_());
-            insert.exec();
-            auto update = transaction.Prepare("UPDATE netdisk_file SET rs_id = ? WHERE fkey = ?");
-            update.bind(1, item);
-            update.bind(2, key);
-            update.exec();
-        });
+            EraseRow(transaction, file);
+            return;
+        }
+        const std::string item = RandomKey();
+        auto insert =
+            transaction.Prepare("INSERT INTO netdisk_recycled (rs_id, account_id, type, rtime) VALUES (?, ?, ?, ?)");
+        insert.bind(1, item);
+        insert.bind(2, account);
+        insert.bind(3, static_cast<int>(ItemType::File));
+        insert.bind(4, clock_());
+        insert.exec();
+        auto update = transaction.Prepare("UPDATE netdisk_file SET rs_id = ? WHERE fkey = ?");
+        update.bind(1, item);
+        update.bind(2, key);
+        update.exec();
+    });
 }
 
 void NetDiskStore::Erase(std::int64_t account, const std::string& key)
 {
-    database_.Transact(
-        [&](Transaction& transaction)
+    database_.Transact([&](Transaction& transaction) {
+        const auto file = Find(transaction, account, key, true);
+        if (!file)
         {
-            const auto file = Find(transaction, account, key, true);
-            if (!file)
-            {
-                throw HttpError(Status::NotFound, "no such file");
-            }
-            EraseRow(transaction, *file);
-        });
+            throw HttpError(Status::NotFound, "no such file");
+        }
+        EraseRow(transaction, *file);
+    });
 }
 
 void NetDiskStore::EraseRow(Transaction& transaction, const FileRow& file)

@@ -18,11 +18,12 @@ constexpr std::size_t MaxFields = 16;
 
 std::string LowercaseDigest(std::string text)
 {
-    const auto isDigit = [](char letter)
-    { return (letter >= '0' && letter <= '9') || (letter >= 'a' && letter <= 'f'); };
-    std::transform(text.begin(), text.end(), text.begin(),
-                   [](char letter)
-                   { return letter >= 'A' && letter <= 'F' ? static_cast<char>(letter - 'A' + 'a') : letter; });
+    const auto isDigit = [](char letter) {
+        return (letter >= '0' && letter <= '9') || (letter >= 'a' && letter <= 'f');
+    };
+    std::transform(text.begin(), text.end(), text.begin(), [](char letter) {
+        return letter >= 'A' && letter <= 'F' ? static_cast<char>(letter - 'A' + 'a') : letter;
+    });
     if (text.size() != 32 || !std::all_of(text.begin(), text.end(), isDigit))
     {
         throw HttpError(Status::BadRequest, "md5 is not an MD5");

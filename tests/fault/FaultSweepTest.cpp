@@ -74,8 +74,9 @@ const std::vector<Operation>& operations()
          [](CNetDisk& disk, const wchar_t*, Outputs&) { return disk.PassportLoginTicket(L"b", L"t"); }},
         {"UserLogout", "{}", [](CNetDisk& disk, const wchar_t*, Outputs&) { return disk.UserLogout(); }},
         {"FileUpload", "{\"fkey\":\"K\",\"fsize\":5,\"cflag\":1}",
-         [](CNetDisk& disk, const wchar_t* folder, Outputs& out)
-         { return disk.FileUpload(folder, L"a.txt", out.key.room, 20); }},
+         [](CNetDisk& disk, const wchar_t* folder, Outputs& out) {
+             return disk.FileUpload(folder, L"a.txt", out.key.room, 20);
+         }},
         {"FileDownload", "hello",
          [](CNetDisk& disk, const wchar_t* folder, Outputs&) { return disk.FileDownload(L"K", folder, nullptr); }},
         {"FileModify", "{}",
@@ -83,42 +84,36 @@ const std::vector<Operation>& operations()
         {"FileDelete", "{}", [](CNetDisk& disk, const wchar_t*, Outputs&) { return disk.FileDelete(L"K"); }},
         {"FileDelete4ever", "{}", [](CNetDisk& disk, const wchar_t*, Outputs&) { return disk.FileDelete4ever(L"K"); }},
         {"LargeFileCreate", "{\"fkey\":\"K\",\"fsize\":0,\"cflag\":0}",
-         [](CNetDisk& disk, const wchar_t* folder, Outputs& out)
-         {
+         [](CNetDisk& disk, const wchar_t* folder, Outputs& out) {
              int complete = 0;
              return disk.LargeFileCreate(folder, L"a.txt", out.key.room, 20, complete);
          }},
         {"LargeFileUpload", "{\"fkey\":\"K\",\"fsize\":5}",
-         [](CNetDisk& disk, const wchar_t*, Outputs&)
-         {
+         [](CNetDisk& disk, const wchar_t*, Outputs&) {
              char data[] = "hello";
              return disk.LargeFileUpload(L"K", data, 5, 0);
          }},
         {"LargeFileFinish", "{\"fkey\":\"K\",\"fsize\":5}",
          [](CNetDisk& disk, const wchar_t*, Outputs&) { return disk.LargeFileFinish(L"K"); }},
         {"LargeFileGetInfo", "h",
-         [](CNetDisk& disk, const wchar_t*, Outputs& out)
-         {
+         [](CNetDisk& disk, const wchar_t*, Outputs& out) {
              unsigned long size = 0;
              return disk.LargeFileGetInfo(L"K", out.name.room, 20, size, out.second.room);
          }},
         {"LargeFileDownload", "hello",
-         [](CNetDisk& disk, const wchar_t*, Outputs& out)
-         {
+         [](CNetDisk& disk, const wchar_t*, Outputs& out) {
              unsigned long size = 5;
              return disk.LargeFileDownload(L"K", 0, out.block.room, size);
          }},
         {"CapacityInfo", "{\"total_space\":100,\"used_space\":7,\"max_file_size\":50}",
-         [](CNetDisk& disk, const wchar_t*, Outputs&)
-         {
+         [](CNetDisk& disk, const wchar_t*, Outputs&) {
              unsigned long long total = 0;
              unsigned long long used = 0;
              unsigned long most = 0;
              return disk.CapacityInfo(total, used, most);
          }},
         {"FileGetChecksum", "",
-         [](CNetDisk& disk, const wchar_t* folder, Outputs& out)
-         {
+         [](CNetDisk& disk, const wchar_t* folder, Outputs& out) {
              unsigned long size = 0;
              return disk.FileGetChecksum(folder, L"a.txt", size, out.md5.room);
          }},

@@ -37,22 +37,20 @@ TEST_F(ConcurrencyTest, ClientsDoNotDisturbEachOther)
     {
         clients.push_back(LoggedIn("user" + std::to_string(i)));
     }
-    Together(
-        [&](int i)
+    Together([&](int i) {
+        ServiceClient& client = clients[static_cast<std::size_t>(i)];
+        for (unsigned round = 0; round < 10; ++round)
         {
-            ServiceClient& client = clients[static_cast<std::size_t>(i)];
-            for (unsigned round = 0; round < 10; ++round)
+            const std::string content = SampleBytes(30'000, static_cast<unsigned>(i) * 100 + round);
+            const std::string key = client.UploadWhole("f", content).Text("fkey");
+            EXPECT_TRUE(client.Download(key).body == content);
+            if (round % 2 == 0)
             {
-                const std::string content = SampleBytes(30'000, static_cast<unsigned>(i) * 100 + round);
-                const std::string key = client.UploadWhole("f", content).Text("fkey");
-                EXPECT_TRUE(client.Download(key).body == content);
-                if (round % 2 == 0)
-                {
-                    EXPECT_EQ(client.PostJson("/object/file/del4ever", KeyBody(key)).status, 200);
-                }
+                EXPECT_EQ(client.PostJson("/object/file/del4ever", KeyBody(key)).status, 200);
             }
-            EXPECT_EQ(client.UsedSpace(), 5 * 30'000U);
-        });
+        }
+        EXPECT_EQ(client.UsedSpace(), 5 * 30'000U);
+    });
     EXPECT_EQ(CountFiles(options_.dataFolder / "blobs"), Clients * 5U);
 }
 
@@ -63,17 +61,15 @@ TEST_F(ConcurrencyTest, EqualContentIsSharedAndGoesWithItsLastFile)
     {
         clients.push_back(LoggedIn());
     }
-    Together(
-        [&](int i)
+    Together([&](int i) {
+        ServiceClient& client = clients[static_cast<std::size_t>(i)];
+        for (int round = 0; round < 20; ++round)
         {
-            ServiceClient& client = clients[static_cast<std::size_t>(i)];
-            for (int round = 0; round < 20; ++round)
-            {
-                const std::string key = client.UploadWhole("f", "the same everywhere").Text("fkey");
-                EXPECT_EQ(client.Download(key).body, "the same everywhere");
-                EXPECT_EQ(client.PostJson("/object/file/del4ever", KeyBody(key)).status, 200);
-            }
-        });
+            const std::string key = client.UploadWhole("f", "the same everywhere").Text("fkey");
+            EXPECT_EQ(client.Download(key).body, "the same everywhere");
+            EXPECT_EQ(client.PostJson("/object/file/del4ever", KeyBody(key)).status, 200);
+        }
+    });
     EXPECT_EQ(CountFiles(options_.dataFolder / "blobs"), 0U);
     EXPECT_EQ(clients[0].UsedSpace(), 0U);
 }
@@ -88,16 +84,14 @@ TEST_F(ConcurrencyTest, BlocksOfOneFileArriveOverSeveralConnections)
     {
         clients.push_back(LoggedIn());
     }
-    Together(
-        [&](int i)
+    Together([&](int i) {
+        const auto index = static_cast<std::size_t>(i);
+        for (std::size_t block = index; block < Clients * 4; block += Clients)
         {
-            const auto index = static_cast<std::size_t>(i);
-            for (std::size_t block = index; block < Clients * 4; block += Clients)
-            {
-                const std::size_t position = block * blockSize;
-                EXPECT_EQ(clients[index].UploadBlock(key, position, content.substr(position, blockSize)).status, 200);
-            }
-        });
+            const std::size_t position = block * blockSize;
+            EXPECT_EQ(clients[index].UploadBlock(key, position, content.substr(position, blockSize)).status, 200);
+        }
+    });
     // All at once: one finishes, the others find it finished.
     Together([&](int i) { EXPECT_EQ(clients[static_cast<std::size_t>(i)].FinishLarge(key).status, 200); });
     EXPECT_TRUE(clients[0].Download(key).body == content);
@@ -113,14 +107,12 @@ TEST_F(ConcurrencyTest, TheQuotaHoldsHoweverManyUploadAtOnce)
     }
     std::mutex mutex;
     std::map<int, int> statuses;
-    Together(
-        [&](int i)
-        {
-            ServiceClient& client = clients[static_cast<std::size_t>(i)];
-            const int status = client.UploadWhole("f", SampleBytes(100'000, static_cast<unsigned>(i))).status;
-            const std::lock_guard lock(mutex);
-            ++statuses[status];
-        });
+    Together([&](int i) {
+        ServiceClient& client = clients[static_cast<std::size_t>(i)];
+        const int status = client.UploadWhole("f", SampleBytes(100'000, static_cast<unsigned>(i))).status;
+        const std::lock_guard lock(mutex);
+        ++statuses[status];
+    });
     EXPECT_EQ(statuses[200], 3);
     EXPECT_EQ(statuses[507], Clients - 3);
     EXPECT_EQ(clients[0].UsedSpace(), 300'000U);

@@ -130,32 +130,28 @@ TEST_F(KillTest, AmongManyUploadsKeepsAllThatWereAnswered)
         std::vector<std::jthread> threads;
         for (unsigned i = 0; i < clients; ++i)
         {
-            threads.emplace_back(
-                [&, i]
+            threads.emplace_back([&, i] {
+                try
                 {
-                    try
+                    ServiceClient client(process.Port());
+                    client.Login("alice", "secret");
+                    for (unsigned seed = i;; seed += clients)
                     {
-                        ServiceClient client(process.Port());
-                        client.Login("alice", "secret");
-                        for (unsigned seed = i;; seed += clients)
-                        {
-                            const std::string key = client.UploadWhole("f", SampleBytes(size, seed)).Text("fkey");
-                            const std::lock_guard lock(mutex);
-                            seeds[key] = seed;
-                        }
+                        const std::string key = client.UploadWhole("f", SampleBytes(size, seed)).Text("fkey");
+                        const std::lock_guard lock(mutex);
+                        seeds[key] = seed;
                     }
-                    catch (const std::exception&)
-                    {
-                        // The process was killed; what was answered until then is noted.
-                    }
-                });
+                }
+                catch (const std::exception&)
+                {
+                    // The process was killed; what was answered until then is noted.
+                }
+            });
         }
-        EXPECT_TRUE(Await(
-            [&]
-            {
-                const std::lock_guard lock(mutex);
-                return seeds.size() >= 20;
-            }));
+        EXPECT_TRUE(Await([&] {
+            const std::lock_guard lock(mutex);
+            return seeds.size() >= 20;
+        }));
         process.End(SIGKILL);
     }
 

@@ -33,8 +33,8 @@ protected:
 
     std::optional<Range> FirstMissing(std::uint64_t total)
     {
-        return database_.Transact([&](Transaction& transaction)
-                                  { return files_.FirstMissing(transaction, "key", total); });
+        return database_.Transact(
+            [&](Transaction& transaction) { return files_.FirstMissing(transaction, "key", total); });
     }
 
     std::uint64_t HeldFromStart()
@@ -44,13 +44,11 @@ protected:
 
     int CountRanges()
     {
-        return database_.Transact(
-            [&](Transaction& transaction)
-            {
-                auto query = transaction.Prepare("SELECT COUNT(*) FROM confirmed_range");
-                query.executeStep();
-                return query.getColumn(0).getInt();
-            });
+        return database_.Transact([&](Transaction& transaction) {
+            auto query = transaction.Prepare("SELECT COUNT(*) FROM confirmed_range");
+            query.executeStep();
+            return query.getColumn(0).getInt();
+        });
     }
 
     TemporaryFolder folder_;

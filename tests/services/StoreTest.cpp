@@ -193,21 +193,17 @@ TEST(DatabaseTest, RollsBackWhatFails)
     Database database(folder.Path() / "test.db");
     database.Migrate("t", {"CREATE TABLE t (x INTEGER)"});
     bool hasRun = false;
-    EXPECT_THROW(database.Transact(
-                     [&](Transaction& transaction)
-                     {
-                         transaction.Prepare("INSERT INTO t VALUES (1)").exec();
-                         transaction.AfterCommit([&] { hasRun = true; });
-                         throw HttpError(Status::Conflict, "no");
-                     }),
+    EXPECT_THROW(database.Transact([&](Transaction& transaction) {
+        transaction.Prepare("INSERT INTO t VALUES (1)").exec();
+        transaction.AfterCommit([&] { hasRun = true; });
+        throw HttpError(Status::Conflict, "no");
+    }),
                  HttpError);
-    const int count = database.Transact(
-        [](Transaction& transaction)
-        {
-            auto query = transaction.Prepare("SELECT COUNT(*) FROM t");
-            query.executeStep();
-            return query.getColumn(0).getInt();
-        });
+    const int count = database.Transact([](Transaction& transaction) {
+        auto query = transaction.Prepare("SELECT COUNT(*) FROM t");
+        query.executeStep();
+        return query.getColumn(0).getInt();
+    });
     EXPECT_EQ(count, 0);
     EXPECT_FALSE(hasRun);
 }
@@ -218,8 +214,9 @@ TEST(DatabaseTest, AddsOnlyTheNewSteps)
     Database database(folder.Path() / "test.db");
     database.Migrate("t", {"CREATE TABLE t (x INTEGER)"});
     database.Migrate("t", {"CREATE TABLE t (x INTEGER)", "ALTER TABLE t ADD COLUMN y INTEGER"});
-    database.Transact([](Transaction& transaction)
-                      { EXPECT_EQ(transaction.Prepare("INSERT INTO t (x, y) VALUES (1, 2)").exec(), 1); });
+    database.Transact([](Transaction& transaction) {
+        EXPECT_EQ(transaction.Prepare("INSERT INTO t (x, y) VALUES (1, 2)").exec(), 1);
+    });
 }
 
 } // namespace quorvex::services::netdisk::test

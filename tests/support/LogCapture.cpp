@@ -37,8 +37,8 @@ bool isSourceTag(std::string_view tag)
     static constexpr std::string_view start = ".\\src\\";
     if (!tag.starts_with(start) || tag.size() == start.size() || tag.back() == '\\')
         return false;
-    return std::ranges::all_of(tag, [](unsigned char c)
-                               { return std::isalnum(c) != 0 || c == '_' || c == '.' || c == '\\'; });
+    return std::ranges::all_of(
+        tag, [](unsigned char c) { return std::isalnum(c) != 0 || c == '_' || c == '.' || c == '\\'; });
 }
 
 LogLine parseLogLine(unsigned level, std::string_view line)

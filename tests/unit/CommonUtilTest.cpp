@@ -20,8 +20,8 @@ namespace
 std::string RawLine(unsigned int levels, void (*write)())
 {
     std::wstring text;
-    frl_log_set_callback([](void* context, unsigned, const wchar_t* line, std::size_t length)
-                         { static_cast<std::wstring*>(context)->append(line, length); },
+    frl_log_set_callback([](void* context, unsigned, const wchar_t* line,
+                            std::size_t length) { static_cast<std::wstring*>(context)->append(line, length); },
                          &text);
     frl_log_set_level(levels);
     write();
@@ -118,8 +118,7 @@ TEST(ErrorText, FailedCallsCodeOutlivesItsOwnLine)
     static std::string codes;
     codes.clear();
     frl_log_set_callback(
-        [](void*, unsigned, const wchar_t* line, std::size_t length)
-        {
+        [](void*, unsigned, const wchar_t* line, std::size_t length) {
             codes += WideToUtf8(std::wstring_view(line, length));
             Platform::SetLastError(99);
         },

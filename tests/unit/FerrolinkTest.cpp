@@ -188,8 +188,7 @@ TEST_F(Ferrolink, FileIsClosedWhenLinesGoElsewhere)
 {
     const auto first = m_folder / "first.txt";
     const auto second = m_folder / "second.txt";
-    const auto openAlone = [](const std::filesystem::path& path)
-    {
+    const auto openAlone = [](const std::filesystem::path& path) {
         const HANDLE file =
             CreateFileW(path.c_str(), GENERIC_READ | GENERIC_WRITE, 0, nullptr, OPEN_EXISTING, 0, nullptr);
         return file != INVALID_HANDLE_VALUE && CloseHandle(file) != 0;
@@ -243,8 +242,7 @@ TEST_F(Ferrolink, CallbackThatLogsIsNotCalledAgainForItsOwnLine)
 {
     int calls = 0;
     frl_log_set_callback(
-        [](void* context, unsigned, const wchar_t*, size_t)
-        {
+        [](void* context, unsigned, const wchar_t*, size_t) {
             ++*static_cast<int*>(context);
             Log(FRL_LOG_ERROR) << L"from within";
         },
@@ -289,13 +287,11 @@ void WriteFromManyThreads(int threads, int linesOfEach)
     std::vector<std::thread> writers;
     writers.reserve(static_cast<std::size_t>(threads));
     for (int i = 0; i < threads; ++i)
-        writers.emplace_back(
-            [=]
-            {
-                const std::wstring text(300, static_cast<wchar_t>(L'a' + i));
-                for (int line = 0; line < linesOfEach; ++line)
-                    Log(FRL_LOG_DEBUG) << text << L"\n";
-            });
+        writers.emplace_back([=] {
+            const std::wstring text(300, static_cast<wchar_t>(L'a' + i));
+            for (int line = 0; line < linesOfEach; ++line)
+                Log(FRL_LOG_DEBUG) << text << L"\n";
+        });
     for (auto& writer : writers)
         writer.join();
 }
@@ -332,20 +328,17 @@ TEST_F(Ferrolink, FormerCallbackIsNeverCalledAfterItsReplacement)
         std::atomic<bool> retired{false};
         std::atomic<int> callsAfterwards{0};
     };
-    const auto callback = [](void* context, unsigned, const wchar_t*, size_t)
-    {
+    const auto callback = [](void* context, unsigned, const wchar_t*, size_t) {
         auto& self = *static_cast<Context*>(context);
         if (self.retired)
             ++self.callsAfterwards;
     };
 
     std::atomic<bool> stop{false};
-    std::thread writer(
-        [&]
-        {
-            while (!stop)
-                Log(FRL_LOG_ERROR) << L"line\n";
-        });
+    std::thread writer([&] {
+        while (!stop)
+            Log(FRL_LOG_ERROR) << L"line\n";
+    });
     std::vector<Context> contexts(200);
     for (auto& context : contexts)
     {

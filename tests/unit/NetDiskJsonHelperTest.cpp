@@ -5,7 +5,6 @@
 #include <gtest/gtest.h>
 
 #include <array>
-#include <cstring>
 #include <string>
 
 using namespace quorvex::netdisk;
@@ -203,8 +202,13 @@ TEST_F(NetDiskJsonHelper, FolderListing)
     EXPECT_EQ(files[0].ctime, 1262304000123);
     EXPECT_STREQ(files[0].md5, L"d41d8cd98f00b204e9800998ecf8427e");
 
-    const _FileInfo empty = {};
-    EXPECT_EQ(std::memcmp(&files[1], &empty, sizeof empty), 0);
+    EXPECT_STREQ(files[1].fkey, L"");
+    EXPECT_STREQ(files[1].name, L"");
+    EXPECT_EQ(files[1].size, 0U);
+    EXPECT_EQ(files[1].cflag, 0);
+    EXPECT_EQ(files[1].downcount, 0U);
+    EXPECT_EQ(files[1].ctime, 0);
+    EXPECT_STREQ(files[1].md5, L"");
 
     ASSERT_EQ(folders.size(), 2U);
     EXPECT_STREQ(folders[1].fo_id, L"f2");

@@ -48,15 +48,16 @@ const std::map<std::string, Operation>& operations()
 {
     static const std::map<std::string, Operation> all{
         {"init",
-         [](auto& disk, auto& a)
-         {
+         [](auto& disk, auto& a) {
              disk.init(a.text(0), a.text(1));
              return std::string("void");
          }},
         {"IsConnected", [](auto& disk, auto&) { return shown(disk.IsConnected()); }},
         {"GetLastErrMsg", [](auto& disk, auto&) { return shown(disk.GetLastErrMsg()); }},
-        {"UserLogin", [](auto& disk, auto& a)
-         { return shown(a.count() == 1 ? disk.UserLogin(a.text(0)) : disk.UserLogin(a.text(0), a.text(1))); }},
+        {"UserLogin",
+         [](auto& disk, auto& a) {
+             return shown(a.count() == 1 ? disk.UserLogin(a.text(0)) : disk.UserLogin(a.text(0), a.text(1)));
+         }},
         {"PassportLoginTicket",
          [](auto& disk, auto& a) { return shown(disk.PassportLoginTicket(a.text(0), a.text(1))); }},
         {"UserLogout", [](auto& disk, auto&) { return shown(disk.UserLogout()); }},
@@ -66,50 +67,50 @@ const std::map<std::string, Operation>& operations()
         {"UserLoginWithTicket",
          [](auto& disk, auto& a) { return shown(disk.UserLoginWithTicket(a.text(0), a.text(1))); }},
         {"UserRelogin", [](auto& disk, auto&) { return shown(disk.UserRelogin()); }},
-        {"FileUpload", [](auto& disk, auto& a)
-         { return shown(disk.FileUpload(a.text(0), a.text(1), a.wide(2), a.template number<Ulong>(3))); }},
+        {"FileUpload",
+         [](auto& disk, auto& a) {
+             return shown(disk.FileUpload(a.text(0), a.text(1), a.wide(2), a.template number<Ulong>(3)));
+         }},
         {"FileUploadWithRetry",
-         [](auto& disk, auto& a)
-         {
+         [](auto& disk, auto& a) {
              return shown(disk.FileUploadWithRetry(a.text(0), a.text(1), a.text(2), a.text(3), a.wide(4),
                                                    a.template number<Ulong>(5)));
          }},
         {"FileDownload", [](auto& disk, auto& a) { return shown(disk.FileDownload(a.text(0), a.text(1), a.text(2))); }},
-        {"FileDownloadWithRetry", [](auto& disk, auto& a)
-         { return shown(disk.FileDownloadWithRetry(a.text(0), a.text(1), a.text(2), a.text(3))); }},
+        {"FileDownloadWithRetry",
+         [](auto& disk, auto& a) {
+             return shown(disk.FileDownloadWithRetry(a.text(0), a.text(1), a.text(2), a.text(3)));
+         }},
         {"FileModify", [](auto& disk, auto& a) { return shown(disk.FileModify(a.text(0), a.text(1), a.text(2))); }},
         {"FileDelete", [](auto& disk, auto& a) { return shown(disk.FileDelete(a.text(0))); }},
         {"FileDelete4ever", [](auto& disk, auto& a) { return shown(disk.FileDelete4ever(a.text(0))); }},
-        {"FileGetChecksum", [](auto& disk, auto& a)
-         { return shown(disk.FileGetChecksum(a.text(0), a.text(1), a.template out<Ulong>(2), a.wide(3))); }},
+        {"FileGetChecksum",
+         [](auto& disk, auto& a) {
+             return shown(disk.FileGetChecksum(a.text(0), a.text(1), a.template out<Ulong>(2), a.wide(3)));
+         }},
         {"LargeFileCreate",
-         [](auto& disk, auto& a)
-         {
+         [](auto& disk, auto& a) {
              return shown(disk.LargeFileCreate(a.text(0), a.text(1), a.wide(2), a.template number<Ulong>(3),
                                                a.template out<int>(4)));
          }},
         {"LargeFileUpload",
-         [](auto& disk, auto& a)
-         {
+         [](auto& disk, auto& a) {
              return shown(disk.LargeFileUpload(a.text(0), a.buffer(1), a.template number<Ulong>(2),
                                                a.template number<Ulong>(3)));
          }},
         {"LargeFileFinish", [](auto& disk, auto& a) { return shown(disk.LargeFileFinish(a.text(0))); }},
         {"LargeFileGetInfo",
-         [](auto& disk, auto& a)
-         {
+         [](auto& disk, auto& a) {
              return shown(disk.LargeFileGetInfo(a.text(0), a.wide(1), a.template number<Ulong>(2),
                                                 a.template out<Ulong>(3), a.wide(4)));
          }},
         {"LargeFileDownload",
-         [](auto& disk, auto& a)
-         {
+         [](auto& disk, auto& a) {
              return shown(
                  disk.LargeFileDownload(a.text(0), a.template number<Ulong>(1), a.buffer(2), a.template out<Ulong>(3)));
          }},
         {"CapacityInfo",
-         [](auto& disk, auto& a)
-         {
+         [](auto& disk, auto& a) {
              return shown(disk.CapacityInfo(a.template out<unsigned long long>(0),
                                             a.template out<unsigned long long>(1), a.template out<Ulong>(2)));
          }},

@@ -177,13 +177,11 @@ private:
 
     Log& AppendUtf8(const char* text, size_t length) noexcept
     {
-        return Guarded(
-            [&]
-            {
-                m_line.reserve(m_line.size() + length);
-                for (const char* at = text; at != text + length;)
-                    PushCodePoint(NextCodePoint(at, text + length));
-            });
+        return Guarded([&] {
+            m_line.reserve(m_line.size() + length);
+            for (const char* at = text; at != text + length;)
+                PushCodePoint(NextCodePoint(at, text + length));
+        });
     }
 
     void PushCodePoint(unsigned long codePoint)
