@@ -46,8 +46,7 @@ TEST(ResumeRecord, IsNotReadWithoutOneOfItsMembers)
 
 TEST(ResumeRecord, IsNotReadWithWrongTypesOrAnotherVersion)
 {
-    const auto with = [](const std::string& from, const std::string& to)
-    {
+    const auto with = [](const std::string& from, const std::string& to) {
         std::string text = ToText(Sample());
         return ParseResumeRecord(text.replace(text.find(from), from.size(), to));
     };
