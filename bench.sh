@@ -7,8 +7,9 @@ source "$root/scripts/lib.sh"
 usage() {
     cat <<'TEXT'
 ./bench.sh   Installs what is missing, builds, measures the module against a bare loop over the same
-             system calls and its digests against OpenSSL, and writes docs/benchmarks.md. Takes some
-             minutes; nothing else should keep the machine busy meanwhile.
+             system calls, its digests against OpenSSL and its reading of a listing against the JSON
+             library alone, and writes docs/benchmarks.md. Takes some minutes; nothing else should keep
+             the machine busy meanwhile.
 TEXT
 }
 
@@ -51,6 +52,10 @@ transfers() {
     "$root/scripts/wine.sh" "$build/windows-x64/bin/quorvex-bench.exe" --folder "$folder" | tr -d '\r'
 }
 
+listings() {
+    "$root/scripts/wine.sh" "$build/windows-x64/bin/quorvex-listing-bench.exe" | tr -d '\r'
+}
+
 # What was written by hand about the figures outlives a new measurement.
 notes() {
     if [[ -r $report ]]; then sed -n '/^## Notes$/,$p' "$report" | sed '1s/^/\n/'; fi
@@ -74,6 +79,7 @@ folder=$(mktemp -d "$build/bench.XXXXXX")
     machine
     section "Digests against OpenSSL" digests
     section "The module against a bare loop over the same system calls, under Wine" transfers
+    section "A folder listing read into records against the JSON library's parse, under Wine" listings
     notes
 } | tee "$folder/report"
 mv "$folder/report" "$report"

@@ -13,12 +13,12 @@ services_running() {
     [[ $(readlink "/proc/$pid/exe" 2>/dev/null) == "$services"* ]]
 }
 
-# start_services STATE DATA: returns once they answer.
+# start_services STATE DATA [OPTION...]: returns once they answer.
 start_services() {
     local ready line
     mkdir -p "$1" "$2"
     # A session of their own, so that a Ctrl-C meant for a command does not end them.
-    exec {ready}< <(exec setsid "$services" --data "$2" --port 0 --user demo:demo </dev/null 2>"$1/log" 8>&-)
+    exec {ready}< <(exec setsid "$services" --data "$2" --port 0 --user demo:demo "${@:3}" </dev/null 2>"$1/log" 8>&-)
     echo $! >"$1/pid"
     if ! read -r -t 60 line <&"$ready" || [[ ! $line =~ http://[^/]*:([0-9]+)/ ]]; then
         tail -n 20 "$1/log" >&2

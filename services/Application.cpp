@@ -34,20 +34,29 @@ Application::Application(Options options)
       throttle_(options_.clock),
       blobs_(database_, options_.dataFolder),
       partials_(database_, options_.dataFolder),
-      netDiskStore_(database_, blobs_, partials_, options_.clock, options_.netDiskLimits),
+      folders_(database_, options_.clock),
+      netDiskStore_(database_, blobs_, partials_, folders_, options_.clock, options_.netDiskLimits),
+      recycleBin_(database_, folders_, netDiskStore_, options_.clock),
+      shares_(database_, folders_, netDiskStore_, options_.clock),
       largeFiles_(database_, blobs_, partials_, netDiskStore_),
       passport_(accounts_, sessions_, throttle_),
-      netDisk_(sessions_, netDiskStore_, largeFiles_, blobs_),
+      netDisk_(sessions_, netDiskStore_, recycleBin_, largeFiles_, blobs_),
+      folderService_(folders_, netDiskStore_, recycleBin_),
+      shareService_(sessions_, shares_),
       admin_(accounts_, sessions_),
       server_(options_.http)
 {
     blobs_.Recover();
     partials_.Recover();
     passport_.AddRoutes(server_);
-    netDisk_.AddRoutes(server_);
+    AccountRoutes routes(server_, sessions_);
+    netDisk_.AddRoutes(routes, server_);
+    folderService_.AddRoutes(routes);
+    shareService_.AddRoutes(routes, server_);
     if (options_.hasAdmin)
     {
         admin_.AddRoutes(server_);
+        shareService_.AddAdminRoutes(server_);
     }
 }
 

@@ -10,10 +10,15 @@
 #include "common/LoginThrottle.h"
 #include "common/PartialFiles.h"
 #include "common/Sessions.h"
+#include "netdisk/FolderService.h"
+#include "netdisk/Folders.h"
 #include "netdisk/LargeFiles.h"
 #include "netdisk/NetDiskService.h"
 #include "netdisk/NetDiskStore.h"
 #include "netdisk/PassportService.h"
+#include "netdisk/RecycleBin.h"
+#include "netdisk/ShareService.h"
+#include "netdisk/Shares.h"
 
 #include <filesystem>
 
@@ -54,10 +59,15 @@ private:
     LoginThrottle throttle_;
     BlobStore blobs_;
     PartialFiles partials_;
+    netdisk::Folders folders_;
     netdisk::NetDiskStore netDiskStore_;
+    netdisk::RecycleBin recycleBin_;
+    netdisk::Shares shares_;
     netdisk::LargeFiles largeFiles_;
     netdisk::PassportService passport_;
     netdisk::NetDiskService netDisk_;
+    netdisk::FolderService folderService_;
+    netdisk::ShareService shareService_;
     AdminService admin_;
     HttpServer server_;
 };

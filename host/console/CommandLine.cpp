@@ -2,6 +2,7 @@
 
 #include "Session.h"
 #include "Text.h"
+#include "Times.h"
 
 #include <algorithm>
 #include <cstdlib>
@@ -17,13 +18,24 @@ namespace
 constexpr int kUsageExitStatus = 2;
 constexpr const char* kLoginHint = "\nServer, login and output are options of every command: see quorvex --help.";
 
-/// The key becomes a part of an address and of a request, as it is.
-std::string ComplaintAboutKey(const std::string& key)
+/// An id, key or code becomes a part of an address and of a request, as it is.
+std::string ComplaintAboutId(const std::string& id)
 {
-    const auto isPlain = [](char c)
-    { return (c >= '0' && c <= '9') || (c >= 'a' && c <= 'z') || (c >= 'A' && c <= 'Z') || c == '-' || c == '_'; };
-    const bool isKey = !key.empty() && key.size() <= 32 && std::all_of(key.begin(), key.end(), isPlain);
-    return isKey ? std::string() : "a file key has 1 to 32 letters, digits, hyphens and underscores";
+    const auto isPlain = [](char c) {
+        return (c >= '0' && c <= '9') || (c >= 'a' && c <= 'z') || (c >= 'A' && c <= 'Z') || c == '-' || c == '_';
+    };
+    const bool isId = !id.empty() && id.size() <= 32 && std::all_of(id.begin(), id.end(), isPlain);
+    return isId ? std::string() : "a key, id or code has 1 to 32 letters, digits, hyphens and underscores";
+}
+
+/// Turns a length of time into seconds.
+std::string ComplaintAboutSpan(std::string& text)
+{
+    const auto seconds = ParseSpan(text);
+    if (!seconds)
+        return "a length of time is written as 90s, 15m, 24h or 7d, and lasts 136 years at most";
+    text = std::to_string(*seconds);
+    return {};
 }
 
 std::string ComplaintAboutTicket(const std::string& ticket)
@@ -133,6 +145,9 @@ private:
                    "  quorvex netdisk login --ticket 00ff00ff:8d2e41\n");
         AddTransferCommands();
         AddFileCommands();
+        AddFolderCommands();
+        AddRecyclebinCommands();
+        AddShareCommands();
         AddCommand("quota", "Show the size of the disk and what is used of it", QuotaCommand,
                    "  quorvex netdisk quota --session 5f1c\n"
                    "  quorvex netdisk quota --session 5f1c --json\n");
@@ -142,16 +157,17 @@ private:
     {
         CLI::App& put = AddCommand("put", "Upload a file; an interrupted upload goes on where it was", PutCommand,
                                    "  quorvex netdisk put report.pdf --session 5f1c\n"
-                                   "  quorvex netdisk put film.mkv --block-size 16MiB --session 5f1c\n");
+                                   "  quorvex netdisk put film.mkv --block-size 16MiB --session 5f1c\n"
+                                   "  quorvex netdisk put film.mkv --folder 77aa --session 5f1c\n");
         AddFile(put, "The file to upload; less than 4 GiB");
+        AddFolderOption(put, "The id of the folder to put it into; the top of the disk by default");
         AddSizes(put, "Files larger than this go block by block");
 
         CLI::App& get = AddCommand("get", "Download a file; an interrupted download goes on where it was", GetCommand,
                                    "  quorvex netdisk get 0a1b2c3d --session 5f1c\n"
                                    "  quorvex netdisk get 0a1b2c3d --out C:\\Films --session 5f1c\n");
         AddKey(get);
-        get.add_option("-o,--out", m_invocation.options.out, "Where to put it; the server's name for it by default")
-            ->type_name("FILE|FOLDER");
+        AddOut(get, "Where to put it; the server's name for it by default");
         AddSizes(get, "Files larger than this come block by block");
     }
 
@@ -161,17 +177,20 @@ private:
         AddKey(AddCommand("info", "Show a file's name, size and MD5", InfoCommand,
                           "  quorvex netdisk info 0a1b2c3d --session 5f1c\n"));
 
-        m_move = &AddCommand("mv", "Rename a file or move it into another folder", MoveCommand,
+        m_move = &AddCommand("mv", "Rename a file or folder, or move it into another folder", MoveCommand,
                              "  quorvex netdisk mv 0a1b2c3d --name summary.pdf --session 5f1c\n"
-                             "  quorvex netdisk mv 0a1b2c3d --folder 77aa --session 5f1c\n");
-        AddKey(*m_move);
+                             "  quorvex netdisk mv 0a1b2c3d --folder 77aa --session 5f1c\n"
+                             "  quorvex netdisk mv --dir 77aa --name Films --folder 0 --session 5f1c\n");
+        AddKeyOrFolder(*m_move);
         m_move->add_option("--name", options.name, "Its new name")->type_name("NAME");
-        m_move->add_option("--folder", options.folder, "The id of its new folder")->type_name("ID");
+        AddFolderOption(*m_move, "The id of its new folder; 0 is the top of the disk");
 
-        CLI::App& remove = AddCommand("rm", "Move a file into the recycle bin, or remove it for ever", RemoveCommand,
-                                      "  quorvex netdisk rm 0a1b2c3d --session 5f1c\n"
-                                      "  quorvex netdisk rm 0a1b2c3d --forever --session 5f1c\n");
-        AddKey(remove);
+        CLI::App& remove =
+            AddCommand("rm", "Move a file or folder into the recycle bin, or remove it for ever", RemoveCommand,
+                       "  quorvex netdisk rm 0a1b2c3d --session 5f1c\n"
+                       "  quorvex netdisk rm 0a1b2c3d --forever --session 5f1c\n"
+                       "  quorvex netdisk rm --dir 77aa --session 5f1c\n");
+        AddKeyOrFolder(remove);
         remove.add_flag("--forever", options.forever, "Do not keep it in the recycle bin");
 
         m_checksum = &AddCommand("checksum", "Show a local file's MD5, without a server", ChecksumCommand,
@@ -179,17 +198,147 @@ private:
         AddFile(*m_checksum, "The file to digest; less than 4 GiB");
     }
 
+    void AddFolderCommands()
+    {
+        AddInFolder(AddCommand("ls", "List a folder's folders and files", ListCommand,
+                               "  quorvex netdisk ls --session 5f1c\n"
+                               "  quorvex netdisk ls 77aa --json --session 5f1c\n"),
+                    "folder");
+        AddInFolder(AddCommand("tree", "Show a folder with everything below it", TreeCommand,
+                               "  quorvex netdisk tree --session 5f1c\n"),
+                    "folder");
+
+        CLI::App& make = AddCommand("mkdir", "Make a folder", MakeFolderCommand,
+                                    "  quorvex netdisk mkdir Films --session 5f1c\n"
+                                    "  quorvex netdisk mkdir 2026 --parent 77aa --session 5f1c\n");
+        make.add_option("name", m_invocation.options.name, "Its name")->required()->type_name("NAME");
+        AddInFolder(make, "--parent");
+    }
+
+    void AddRecyclebinCommands()
+    {
+        AddCommand("trash", "List the recycle bin", TrashCommand, "  quorvex netdisk trash --session 5f1c\n");
+        AddItem(AddCommand("restore", "Put something back from the recycle bin to where it was", RestoreCommand,
+                           "  quorvex netdisk restore 3c9e --session 5f1c\n"));
+        AddItem(AddCommand("purge", "Remove something in the recycle bin for ever", PurgeCommand,
+                           "  quorvex netdisk purge 3c9e --session 5f1c\n"));
+    }
+
+    void AddItem(CLI::App& app)
+    {
+        AddId(app, "id", m_invocation.options.item, "Its id in the recycle bin, as trash prints it", "ID")->required();
+    }
+
+    void AddShareCommands()
+    {
+        Options& options = m_invocation.options;
+        CLI::App& share = AddCommand("share", "Make a share code for files of the disk", ShareCommand,
+                                     "  quorvex netdisk share 0a1b2c3d --session 5f1c\n"
+                                     "  quorvex netdisk share 0a1b2c3d 4e5f6a7b --for 24h --session 5f1c\n");
+        AddIds(share, "keys", options.keys, "The files' keys, 200 at most", "KEY");
+        AddSpanOption(share, "--for", "How long the code shall live: 90s, 15m, 24h ...")->default_str("7d");
+
+        CLI::App& shares = AddCommand("shares", "List the share codes of this account", SharesCommand,
+                                      "  quorvex netdisk shares --session 5f1c\n"
+                                      "  quorvex netdisk shares --type expired --session 5f1c\n");
+        shares.add_option("--type", options.shareType, "Which ones: all, alive or expired")
+            ->type_name("TYPE")
+            ->capture_default_str()
+            ->check(CLI::IsMember(std::vector<std::string>{"all", "alive", "expired"}).description(""));
+
+        AddIds(AddCommand("unshare", "End share codes", UnshareCommand,
+                          "  quorvex netdisk unshare 7h2k9 --session 5f1c\n"),
+               "codes", options.pcodes, "The share codes, 200 at most", "CODE");
+
+        CLI::App& extend = AddCommand("extend", "Let a share code live longer", ExtendCommand,
+                                      "  quorvex netdisk extend 7h2k9 --by 1d --session 5f1c\n");
+        AddCode(extend);
+        AddSpanOption(extend, "--by", "How much longer: 90s, 15m, 24h, 7d ...")->required();
+
+        CLI::App& save = AddCommand("save", "Save a share code's files into this account's disk", SaveCommand,
+                                    "  quorvex netdisk save 7h2k9 --session 5f1c\n"
+                                    "  quorvex netdisk save 7h2k9 --folder 77aa --session 5f1c\n");
+        AddCode(save);
+        AddInFolder(save, "--folder");
+        AddFetchCommand();
+    }
+
+    void AddFetchCommand()
+    {
+        Options& options = m_invocation.options;
+        CLI::App& fetch = AddCommand(
+            "fetch", "Download a share code's files; an interrupted download goes on where it was", FetchCommand,
+            "  quorvex netdisk fetch 7h2k9 --list --session 5f1c\n"
+            "  quorvex netdisk fetch 7h2k9 --out C:\\Films --session 5f1c\n"
+            "  quorvex netdisk fetch 7h2k9 --fid 2 --out film.mkv --session 5f1c\n");
+        AddCode(fetch);
+        AddId(fetch, "--fid", options.fileId, "Only the file with this id", "ID");
+        fetch.add_flag("--list", options.listOnly, "List the files and their ids; download nothing");
+        AddOut(fetch, "Where to put them: a folder; for one file also a file");
+        AddSizes(fetch, "Files larger than this come block by block");
+    }
+
+    void AddCode(CLI::App& app)
+    {
+        AddId(app, "code", m_invocation.options.pcode, "The share code", "CODE")->required();
+    }
+
     void AddFile(CLI::App& app, const std::string& description)
     {
         app.add_option("file", m_invocation.options.file, description)->required()->type_name("FILE");
     }
 
+    /// @param text receives the id
+    static CLI::Option* AddId(CLI::App& app, const std::string& name, std::string& text, const std::string& description,
+                              const std::string& typeName)
+    {
+        return app.add_option(name, text, description)
+            ->type_name(typeName)
+            ->check(CLI::Validator(ComplaintAboutId, ""));
+    }
+
+    static void AddIds(CLI::App& app, const std::string& name, std::vector<std::string>& texts,
+                       const std::string& description, const std::string& typeName)
+    {
+        app.add_option(name, texts, description)
+            ->required()
+            ->type_name(typeName)
+            ->check(CLI::Validator(ComplaintAboutId, ""));
+    }
+
     void AddKey(CLI::App& app)
     {
-        app.add_option("key", m_invocation.options.key, "The file's key, as put has printed it")
-            ->required()
-            ->type_name("KEY")
-            ->check(CLI::Validator(ComplaintAboutKey, ""));
+        AddId(app, "key", m_invocation.options.key, "The file's key, as put has printed it", "KEY")->required();
+    }
+
+    void AddKeyOrFolder(CLI::App& app)
+    {
+        AddId(app, "key", m_invocation.options.key, "The file's key; with --dir, the folder's id", "KEY|ID")
+            ->required();
+        app.add_flag("-d,--dir", m_invocation.options.isFolder, "It is a folder, named by its id");
+    }
+
+    void AddFolderOption(CLI::App& app, const std::string& description)
+    {
+        AddId(app, "--folder", m_invocation.options.folder, description, "ID");
+    }
+
+    /// @param name how a folder that something is done in is given
+    void AddInFolder(CLI::App& app, const std::string& name)
+    {
+        AddId(app, name, m_invocation.options.inFolder, "The folder's id; the top of the disk by default", "ID");
+    }
+
+    void AddOut(CLI::App& app, const std::string& description)
+    {
+        app.add_option("-o,--out", m_invocation.options.out, description)->type_name("FILE|FOLDER");
+    }
+
+    CLI::Option* AddSpanOption(CLI::App& app, const std::string& name, const std::string& description)
+    {
+        return app.add_option(name, m_invocation.options.span, description)
+            ->type_name("TIME")
+            ->transform(CLI::Validator(ComplaintAboutSpan, ""));
     }
 
     void AddSizes(CLI::App& app, const std::string& largeFrom)

@@ -19,14 +19,12 @@ namespace
 class Fetch
 {
 public:
-    Fetch(const netdisk::CNetDisk& disk, const Options& options, const RemoteFile& remote,
-          const std::filesystem::path& target)
-        : m_disk(disk),
+    Fetch(const DownloadSource& source, const std::filesystem::path& target, const Options& options)
+        : m_source(source),
           m_options(options),
-          m_remote(remote),
-          m_key(Wide(options.key)),
+          m_remote(source.remote),
           m_part(SplitPath(WithEnding(target, L".quorvex-part"))),
-          m_what("cannot download " + ToUtf8(remote.name))
+          m_what("cannot download " + ToUtf8(source.remote.name))
     {
     }
 
@@ -44,7 +42,7 @@ public:
         if (isLarge)
             FetchRanges(present);
         else
-            Check(m_disk.FileDownload(m_key.c_str(), m_part.folder.c_str(), m_part.name.c_str()), m_what);
+            Check(m_source.fetchWhole(m_part.folder.c_str(), m_part.name.c_str()), m_what);
         return present;
     }
 
@@ -78,8 +76,7 @@ private:
         while (position < m_remote.size)
         {
             auto length = static_cast<unsigned long>(std::min<std::uint64_t>(block.size(), m_remote.size - position));
-            const int result =
-                m_disk.LargeFileDownload(m_key.c_str(), static_cast<unsigned long>(position), block.data(), length);
+            const int result = m_source.fetchRange(static_cast<unsigned long>(position), block.data(), length);
             if (result != 0)
                 throw Failure(m_what, result,
                               SizeText(position) + " of " + SizeText(m_remote.size) +
@@ -94,21 +91,12 @@ private:
         }
     }
 
-    const netdisk::CNetDisk& m_disk;
+    const DownloadSource& m_source;
     const Options& m_options;
     const RemoteFile& m_remote;
-    std::wstring m_key;
     LocalPath m_part;
     std::string m_what;
 };
-
-std::filesystem::path TargetOf(const std::string& out, const std::wstring& serverName)
-{
-    const std::filesystem::path path = Wide(out.empty() ? "." : out);
-    std::error_code error;
-    const bool isFolder = std::filesystem::is_directory(path, error) || !path.has_filename();
-    return SplitPath(isFolder ? path / serverName : path).Whole();
-}
 
 /// A part that an earlier run has left may be of another file; only the digest tells, and then it is fetched anew.
 bool VerifyOrRepeat(Fetch& fetch, std::uint64_t& resumedFrom)
@@ -129,13 +117,35 @@ bool VerifyOrRepeat(Fetch& fetch, std::uint64_t& resumedFrom)
 
 } // namespace
 
-DownloadResult Download(const netdisk::CNetDisk& disk, const Options& options)
+DownloadSource FromDisk(const netdisk::CNetDisk& disk, const std::string& key)
 {
-    DownloadResult result;
-    result.remote = AskAbout(disk, Wide(options.key), "cannot download " + options.key);
-    result.path = TargetOf(options.out, result.remote.name);
+    const std::wstring wideKey = Wide(key);
+    return {AskAbout(disk, wideKey, "cannot download " + key),
+            [&disk, wideKey](const wchar_t* folder, const wchar_t* name) {
+                return disk.FileDownload(wideKey.c_str(), folder, name);
+            },
+            [&disk, wideKey](unsigned long position, void* buffer, unsigned long& size) {
+                return disk.LargeFileDownload(wideKey.c_str(), position, buffer, size);
+            }};
+}
 
-    Fetch fetch(disk, options, result.remote, result.path);
+DownloadSource FromShare(const netdisk::CNetDisk& disk, const std::string& pcode, const FileEntry& file)
+{
+    const std::wstring code = Wide(pcode);
+    const std::wstring id = Wide(file.key);
+    return {SharedFile(file),
+            [&disk, code, id](const wchar_t* folder, const wchar_t* name) {
+                return disk.PcodeDown(code.c_str(), id.c_str(), folder, name);
+            },
+            [&disk, code, id](unsigned long position, void* buffer, unsigned long& size) {
+                return disk.LargePcodeDown(code.c_str(), id.c_str(), position, buffer, size);
+            }};
+}
+
+DownloadResult Download(const DownloadSource& source, const std::filesystem::path& path, const Options& options)
+{
+    DownloadResult result{source.remote, path};
+    Fetch fetch(source, path, options);
     result.resumedFrom = fetch.Run();
     result.verified = VerifyOrRepeat(fetch, result.resumedFrom);
 

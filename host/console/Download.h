@@ -7,9 +7,28 @@
 
 #include <cstdint>
 #include <filesystem>
+#include <functional>
+#include <string>
 
 namespace quorvex::console
 {
+
+/// Where a download's bytes come from.
+struct DownloadSource
+{
+    RemoteFile remote;
+    /// Writes the whole file into a folder, under a name.
+    std::function<int(const wchar_t* folder, const wchar_t* name)> fetchWhole;
+    /// Reads one range; "size" is the bytes wanted, then those received.
+    std::function<int(unsigned long position, void* buffer, unsigned long& size)> fetchRange;
+};
+
+/// A file of the user's disk.
+/// @throws Failure
+DownloadSource FromDisk(const netdisk::CNetDisk& disk, const std::string& key);
+
+/// A file of a share code.
+DownloadSource FromShare(const netdisk::CNetDisk& disk, const std::string& pcode, const FileEntry& file);
 
 struct DownloadResult
 {
@@ -19,9 +38,9 @@ struct DownloadResult
     bool verified = false;         ///< the server tells the same MD5
 };
 
-/// Downloads options.key: whole up to options.largeFrom bytes, otherwise range by range. The file grows under
-/// another name beside its place, where an interrupted download goes on, and takes its place when it is verified.
+/// Downloads a file: whole up to options.largeFrom bytes, otherwise range by range. The file grows under another name
+/// beside its place, where an interrupted download goes on, and takes its place when it is verified.
 /// @throws Failure
-DownloadResult Download(const netdisk::CNetDisk& disk, const Options& options);
+DownloadResult Download(const DownloadSource& source, const std::filesystem::path& path, const Options& options);
 
 } // namespace quorvex::console

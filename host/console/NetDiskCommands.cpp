@@ -4,8 +4,8 @@
 #include "Failure.h"
 #include "LocalFile.h"
 #include "Paths.h"
-#include "Progress.h"
 #include "RemoteFile.h"
+#include "ReportValues.h"
 #include "Session.h"
 #include "Text.h"
 #include "Upload.h"
@@ -17,19 +17,13 @@ namespace quorvex::console
 namespace
 {
 
-void AddSize(Report& report, const std::string& name, std::uint64_t bytes)
+/// The protocol's uploads all go to the top of the disk.
+void MoveInto(const netdisk::CNetDisk& disk, const std::string& key, const std::string& folder)
 {
-    report.Add(name, Json::UInt64{bytes}, ExactSizeText(bytes));
-}
-
-void AddFlag(Report& report, const std::string& name, bool value)
-{
-    report.Add(name, value, value ? "yes" : "no");
-}
-
-void AddDigest(Report& report, const std::string& md5)
-{
-    report.Add("md5", md5.empty() ? Json::Value() : Json::Value(md5), md5.empty() ? "not told by the server" : md5);
+    const int result = disk.FileModify(Wide(key).c_str(), Wide(folder).c_str(), L"");
+    if (result != 0)
+        throw Failure("cannot move the file into the folder " + folder, result,
+                      "it is uploaded, at the top of the disk, and has the key " + key);
 }
 
 } // namespace
@@ -47,9 +41,13 @@ Report PutCommand(const Options& options)
 {
     const auto disk = LogIn(options);
     const UploadResult upload = Upload(*disk, options);
+    if (!options.folder.empty())
+        MoveInto(*disk, upload.key, options.folder);
     Report report;
     report.Add("key", upload.key);
     report.Add("name", upload.name);
+    if (!options.folder.empty())
+        report.Add("folder", options.folder);
     AddSize(report, "size", upload.size);
     AddDigest(report, upload.md5);
     AddFlag(report, "instant", upload.instant);
@@ -61,15 +59,11 @@ Report PutCommand(const Options& options)
 Report GetCommand(const Options& options)
 {
     const auto disk = LogIn(options);
-    const DownloadResult download = Download(*disk, options);
+    const DownloadSource source = FromDisk(*disk, options.key);
+    const DownloadResult download = Download(source, TargetOf(options.out, source.remote.name), options);
     Report report;
     report.Add("key", options.key);
-    report.Add("name", ToUtf8(download.remote.name));
-    report.Add("path", ToUtf8(download.path.wstring()));
-    AddSize(report, "size", download.remote.size);
-    AddDigest(report, download.remote.md5);
-    AddSize(report, "resumed_from", download.resumedFrom);
-    AddFlag(report, "verified", download.verified);
+    AddDownload(report, download);
     return report;
 }
 
@@ -87,14 +81,16 @@ Report InfoCommand(const Options& options)
 
 Report MoveCommand(const Options& options)
 {
-    const std::wstring key = Wide(options.key);
-    const std::wstring folder = JsonEscaped(options.folder);
+    const std::wstring id = Wide(options.key);
+    const std::wstring folder = Wide(options.folder);
     const std::wstring name = JsonEscaped(options.name);
-    CheckThatRequestHolds({key, folder, name});
+    CheckThatRequestHolds({id, folder, name}, options.isFolder ? kFolderChangeRoom : kRequestRoom);
     const auto disk = LogIn(options);
-    Check(disk->FileModify(key.c_str(), folder.c_str(), name.c_str()), "cannot change " + options.key);
+    Check(options.isFolder ? disk->FolderModi(id.c_str(), name.c_str(), folder.c_str())
+                           : disk->FileModify(id.c_str(), folder.c_str(), name.c_str()),
+          "cannot change " + options.key);
     Report report;
-    report.Add("key", options.key);
+    report.Add(options.isFolder ? "id" : "key", options.key);
     if (!options.name.empty())
         report.Add("name", options.name);
     if (!options.folder.empty())
@@ -105,11 +101,13 @@ Report MoveCommand(const Options& options)
 Report RemoveCommand(const Options& options)
 {
     const auto disk = LogIn(options);
-    const std::wstring key = Wide(options.key);
-    Check(options.forever ? disk->FileDelete4ever(key.c_str()) : disk->FileDelete(key.c_str()),
-          "cannot remove " + options.key);
+    const std::wstring id = Wide(options.key);
+    const auto remove = options.isFolder
+                            ? (options.forever ? &netdisk::CNetDisk::FolderDel4ever : &netdisk::CNetDisk::FolderDel)
+                            : (options.forever ? &netdisk::CNetDisk::FileDelete4ever : &netdisk::CNetDisk::FileDelete);
+    Check(((*disk).*remove)(id.c_str()), "cannot remove " + options.key);
     Report report;
-    report.Add("key", options.key);
+    report.Add(options.isFolder ? "id" : "key", options.key);
     AddFlag(report, "forever", options.forever);
     return report;
 }

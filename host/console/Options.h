@@ -2,9 +2,13 @@
 
 #include <cstdint>
 #include <string>
+#include <vector>
 
 namespace quorvex::console
 {
+
+/// Id of the disk's top.
+inline constexpr const char* kTopFolder = "0";
 
 /// What the command line says. Texts are UTF-8; an empty one was not given.
 struct Options
@@ -20,11 +24,21 @@ struct Options
     bool quiet = false;
 
     std::string file;
-    std::string key;
+    std::string key; ///< of a file; with isFolder, the id of a folder
+    std::vector<std::string> keys;
     std::string name;
-    std::string folder;
+    std::string folder; ///< where a file or folder shall go
+    std::string inFolder = kTopFolder;
     std::string out;
+    bool isFolder = false;
     bool forever = false;
+    std::string item; ///< id in the recycle bin
+    std::vector<std::string> pcodes;
+    std::string pcode;
+    std::string fileId; ///< within a share code
+    bool listOnly = false;
+    std::uint32_t span = 7 * 86400; ///< seconds
+    std::string shareType = "all";
     std::uint64_t blockSize = 4u << 20;
     std::uint64_t largeFrom = 8u << 20;
 };

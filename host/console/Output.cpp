@@ -65,7 +65,7 @@ std::string Report::ForPeople() const
     std::string text;
     for (const auto& [name, value] : m_lines)
         text += name + std::string(width - name.size() + 2, ' ') + value + '\n';
-    return text;
+    return text + m_text;
 }
 
 std::string Report::ForMachines() const

@@ -32,6 +32,14 @@ public:
     /// @param text the value as people want to read it
     void Add(const std::string& name, const Json::Value& value, const std::string& text);
 
+    /// What machines read only: people find it in a text that AddText gives them.
+    void AddData(const std::string& name, const Json::Value& value) { m_object[name] = value; }
+
+    const Json::Value& Data() const { return m_object; }
+
+    /// What people read below the values: whole lines.
+    void AddText(const std::string& lines) { m_text += lines; }
+
     /// One line for each value, the values below each other.
     std::string ForPeople() const;
 
@@ -41,6 +49,7 @@ public:
 private:
     Json::Value m_object{Json::objectValue};
     std::vector<std::pair<std::string, std::string>> m_lines;
+    std::string m_text;
 };
 
 /// One line of JSON in UTF-8.

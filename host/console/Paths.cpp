@@ -6,6 +6,7 @@
 #include <algorithm>
 #include <cwctype>
 #include <optional>
+#include <system_error>
 
 #include <windows.h>
 
@@ -63,6 +64,11 @@ bool IsDevice(const std::wstring& name)
     return std::wstring_view(L"0123456789\xB9\xB2\xB3").find(stem[3]) != std::wstring_view::npos;
 }
 
+bool IsSameName(const std::wstring& one, const std::wstring& other)
+{
+    return CompareStringOrdinal(one.c_str(), -1, other.c_str(), -1, TRUE) == CSTR_EQUAL;
+}
+
 } // namespace
 
 LocalPath SplitPath(const std::filesystem::path& path)
@@ -107,6 +113,26 @@ std::wstring SafeName(std::wstring name, const std::wstring& fallback)
     if (name.empty())
         return fallback;
     return IsDevice(name) ? L'_' + name : name;
+}
+
+std::vector<std::wstring> DistinctNames(std::vector<std::wstring> names)
+{
+    for (auto current = names.begin(); current != names.end(); ++current)
+    {
+        const std::filesystem::path given = *current;
+        const auto isTaken = [&](const std::wstring& other) { return IsSameName(other, *current); };
+        for (int number = 2; std::any_of(names.begin(), current, isTaken); ++number)
+            *current = given.stem().wstring() + L" (" + std::to_wstring(number) + L')' + given.extension().wstring();
+    }
+    return names;
+}
+
+std::filesystem::path TargetOf(const std::string& out, const std::wstring& serverName)
+{
+    const std::filesystem::path path = Wide(out.empty() ? "." : out);
+    std::error_code error;
+    const bool isFolder = std::filesystem::is_directory(path, error) || !path.has_filename();
+    return SplitPath(isFolder ? path / serverName : path).Whole();
 }
 
 } // namespace quorvex::console

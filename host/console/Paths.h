@@ -3,6 +3,7 @@
 #include <filesystem>
 #include <string>
 #include <string_view>
+#include <vector>
 
 namespace quorvex::console
 {
@@ -29,5 +30,14 @@ std::wstring RepairedName(const std::wstring& name);
 /// A server's name for a file, made fit to be a file name here: one that stays in its folder and names no device.
 /// @param fallback taken when nothing is left of the name
 std::wstring SafeName(std::wstring name, const std::wstring& fallback);
+
+/// File names that can be in one folder: of names that the system takes for the same, all but the first get a number.
+std::vector<std::wstring> DistinctNames(std::vector<std::wstring> names);
+
+/// Where a download goes: into the folder, or to the file, that the user names.
+/// @param out        what the user names; empty is the current folder
+/// @param serverName the file's name in a folder
+/// @throws Failure as SplitPath
+std::filesystem::path TargetOf(const std::string& out, const std::wstring& serverName);
 
 } // namespace quorvex::console

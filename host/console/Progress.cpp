@@ -1,6 +1,7 @@
 #include "Progress.h"
 
 #include "Output.h"
+#include "Text.h"
 
 #include <array>
 #include <cstdio>
@@ -18,19 +19,6 @@ std::uint64_t PartOf(std::uint64_t parts, std::uint64_t done, std::uint64_t tota
 std::string TwoDigits(std::uint64_t number)
 {
     return {static_cast<char>('0' + number / 10), static_cast<char>('0' + number % 10)};
-}
-
-/// How many columns a text takes, near enough: most characters of three bytes and more take two.
-std::size_t WidthOf(const std::string& text)
-{
-    std::size_t width = 0;
-    for (const char each : text)
-    {
-        const auto byte = static_cast<unsigned char>(each);
-        const bool continues = (byte & 0xC0) == 0x80;
-        width += continues ? 0 : byte > 0xE0 ? 2 : 1;
-    }
-    return width;
 }
 
 } // namespace

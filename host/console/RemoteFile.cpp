@@ -34,6 +34,11 @@ RemoteFile AskAbout(const netdisk::CNetDisk& disk, const std::wstring& key, cons
     return {SafeName(RepairedName(name.data()), key), size, AsDigest(ToUtf8(second.data()))};
 }
 
+RemoteFile SharedFile(const FileEntry& entry)
+{
+    return {SafeName(Wide(entry.name), Wide(entry.key)), entry.size, AsDigest(entry.md5)};
+}
+
 bool IsSameFile(const RemoteFile& remote, std::uint64_t size, const std::string& md5, const std::string& what)
 {
     if (remote.size != size)

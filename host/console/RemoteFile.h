@@ -1,5 +1,7 @@
 #pragma once
 
+#include "Listings.h"
+
 #include <quorvex/NetDisk.h>
 
 #include <cstdint>
@@ -19,6 +21,9 @@ struct RemoteFile
 /// @param what what cannot be done without the answer, for the message
 /// @throws Failure
 RemoteFile AskAbout(const netdisk::CNetDisk& disk, const std::wstring& key, const std::string& what);
+
+/// What a share code's listing tells about one of its files.
+RemoteFile SharedFile(const FileEntry& entry);
 
 /// Whether the server's size and MD5 are those of a local file.
 /// @return false when they are not known to differ, but the server tells no MD5

@@ -59,7 +59,7 @@ constexpr Meaning kMeanings[] = {
     {400, "the server did not understand the request"},
     {401, "the server does not accept the user name or password"},
     {403, "the server does not accept the session"},
-    {404, "the server does not know the file, or the address"},
+    {404, "the server does not know it: no such file, folder, share code or item, or a wrong address"},
     {409, "the request does not fit what the server holds"},
     {413, "the file is larger than the server accepts"},
     {416, "the server does not hold that range of the file"},

@@ -51,16 +51,14 @@ std::unique_ptr<netdisk::CNetDisk> LogIn(const Options& options)
     return disk;
 }
 
-void CheckThatRequestHolds(std::initializer_list<std::wstring> escapedTexts)
+void CheckThatRequestHolds(std::initializer_list<std::wstring> escapedTexts, std::size_t room)
 {
-    // The keys, quotes and braces of the longest request take 32 of its 255 bytes.
-    constexpr std::size_t kRoom = 255 - 32;
     std::size_t size = 0;
     for (const std::wstring& text : escapedTexts)
         size += ToUtf8(text).size();
-    if (size > kRoom)
+    if (size > room)
         throw Failure("the names or credentials given have " + std::to_string(size) +
-                      " bytes in UTF-8; a request holds at most " + std::to_string(kRoom));
+                      " bytes in UTF-8; a request holds at most " + std::to_string(room));
 }
 
 } // namespace quorvex::console

@@ -4,6 +4,7 @@
 
 #include <quorvex/NetDisk.h>
 
+#include <cstddef>
 #include <initializer_list>
 #include <memory>
 #include <string>
@@ -18,8 +19,13 @@ std::string LoginMethod(const Options& options);
 /// @throws Failure
 std::unique_ptr<netdisk::CNetDisk> LogIn(const Options& options);
 
-/// The module builds its JSON requests in 256 bytes and cuts off what does not fit; so nothing longer is sent.
+/// Bytes that the texts of a JSON request can have: the module builds most of them in 256 bytes, of which keys, quotes
+/// and braces take at most 32, and the change of a folder in 512, of which they take 40.
+inline constexpr std::size_t kRequestRoom = 255 - 32;
+inline constexpr std::size_t kFolderChangeRoom = 511 - 40;
+
+/// The module cuts off what does not fit into a request; so nothing longer is sent.
 /// @throws Failure
-void CheckThatRequestHolds(std::initializer_list<std::wstring> escapedTexts);
+void CheckThatRequestHolds(std::initializer_list<std::wstring> escapedTexts, std::size_t room = kRequestRoom);
 
 } // namespace quorvex::console

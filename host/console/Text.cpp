@@ -1,5 +1,7 @@
 #include "Text.h"
 
+#include <algorithm>
+
 #include <windows.h>
 
 namespace quorvex::console
@@ -50,6 +52,26 @@ std::wstring JsonEscaped(std::string_view text)
         escaped += character;
     }
     return escaped;
+}
+
+std::string Printable(std::string_view text)
+{
+    std::wstring wide = Wide(text);
+    const auto isControl = [](wchar_t c) { return c < L' ' || (c >= 0x7F && c < 0xA0); };
+    std::replace_if(wide.begin(), wide.end(), isControl, L'\xFFFD');
+    return ToUtf8(wide);
+}
+
+std::size_t WidthOf(std::string_view text)
+{
+    std::size_t width = 0;
+    for (const char each : text)
+    {
+        const auto byte = static_cast<unsigned char>(each);
+        const bool continues = (byte & 0xC0) == 0x80;
+        width += continues ? 0 : byte > 0xE0 ? 2 : 1;
+    }
+    return width;
 }
 
 } // namespace quorvex::console

@@ -1,5 +1,6 @@
 #pragma once
 
+#include <cstddef>
 #include <optional>
 #include <string>
 #include <string_view>
@@ -18,5 +19,11 @@ std::wstring Wide(std::string_view text);
 
 /// The module puts texts into JSON bodies as they are, so whatever JSON keeps for itself is escaped here.
 std::wstring JsonEscaped(std::string_view text);
+
+/// A text for a terminal, which a server's text shall not steer: control characters become U+FFFD.
+std::string Printable(std::string_view text);
+
+/// How many columns a text takes on a terminal, near enough: most characters of three bytes and more take two.
+std::size_t WidthOf(std::string_view text);
 
 } // namespace quorvex::console

@@ -4,6 +4,8 @@
 #include "common/JsonBody.h"
 #include "common/Text.h"
 
+#include <utility>
+
 namespace quorvex::services
 {
 
@@ -55,17 +57,17 @@ AdminService::AdminService(Accounts& accounts, Sessions& sessions) : accounts_(a
 
 void AdminService::AddRoutes(HttpServer& server)
 {
-    AddRoute(server, "/admin/users", &AdminService::AddUser);
-    AddRoute(server, "/admin/tickets", &AdminService::IssueTicket);
-    AddRoute(server, "/admin/sessions/expire", &AdminService::ExpireSessions);
+    AddRoute(server, "/admin/users", [this](const Json::Value& body) { return AddUser(body); });
+    AddRoute(server, "/admin/tickets", [this](const Json::Value& body) { return IssueTicket(body); });
+    AddRoute(server, "/admin/sessions/expire", [this](const Json::Value& body) { return ExpireSessions(body); });
 }
 
 void AdminService::AddRoute(HttpServer& server, const std::string& path, Handler handler)
 {
-    server.Post(path, [this, handler](const httplib::Request& request, httplib::Response& response,
-                                      const httplib::ContentReader& read) {
+    server.Post(path, [handler = std::move(handler)](const httplib::Request& request, httplib::Response& response,
+                                                     const httplib::ContentReader& read) {
         RequireLocalJson(request);
-        AnswerJson(request, response, (this->*handler)(ReadJsonBody(read)));
+        AnswerJson(request, response, handler(ReadJsonBody(read)));
     });
 }
 

@@ -5,6 +5,7 @@
 #include "common/Sessions.h"
 
 #include <cstdint>
+#include <functional>
 #include <string>
 
 #include <json/value.h>
@@ -17,14 +18,16 @@ namespace quorvex::services
 class AdminService
 {
 public:
+    using Handler = std::function<Json::Value(const Json::Value& body)>;
+
     AdminService(Accounts& accounts, Sessions& sessions);
 
     void AddRoutes(HttpServer& server);
 
-private:
-    using Handler = Json::Value (AdminService::*)(const Json::Value& body);
+    // A route that, like all of them, answers only programs on the same machine.
+    static void AddRoute(HttpServer& server, const std::string& path, Handler handler);
 
-    void AddRoute(HttpServer& server, const std::string& path, Handler handler);
+private:
     Json::Value AddUser(const Json::Value& body);
     Json::Value IssueTicket(const Json::Value& body);
     Json::Value ExpireSessions(const Json::Value& body);

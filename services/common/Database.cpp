@@ -44,4 +44,22 @@ void Database::Migrate(const std::string& component, std::initializer_list<const
     });
 }
 
+void BindOptional(SQLite::Statement& statement, int index, const std::optional<std::string>& value)
+{
+    if (value)
+    {
+        statement.bind(index, *value);
+    }
+    else
+    {
+        statement.bind(index);
+    }
+}
+
+std::optional<std::string> OptionalColumn(SQLite::Statement& statement, const char* column)
+{
+    const SQLite::Column value = statement.getColumn(column);
+    return value.isNull() ? std::nullopt : std::optional(value.getString());
+}
+
 } // namespace quorvex::services

@@ -4,6 +4,7 @@
 #include <functional>
 #include <initializer_list>
 #include <mutex>
+#include <optional>
 #include <string>
 #include <type_traits>
 #include <vector>
@@ -67,5 +68,9 @@ private:
     SQLite::Database connection_;
     std::mutex mutex_;
 };
+
+// Nothing stands for NULL.
+void BindOptional(SQLite::Statement& statement, int index, const std::optional<std::string>& value);
+std::optional<std::string> OptionalColumn(SQLite::Statement& statement, const char* column);
 
 } // namespace quorvex::services

@@ -3,6 +3,7 @@
 #include "common/HttpAnswers.h"
 #include "common/Text.h"
 
+#include <algorithm>
 #include <memory>
 
 #include <json/reader.h>
@@ -77,6 +78,32 @@ std::string RequiredText(const Json::Value& body, const char* key)
 std::string OptionalText(const Json::Value& body, const char* key)
 {
     return body.isMember(key) ? RequiredText(body, key) : std::string();
+}
+
+std::set<std::string> RequiredTexts(const Json::Value& body, const char* key)
+{
+    const Json::Value& values = body[key];
+    if (!values.isArray() ||
+        !std::all_of(values.begin(), values.end(), [](const Json::Value& value) { return value.isString(); }))
+    {
+        throw HttpError(Status::BadRequest, std::string(key) + " is missing or not an array of texts");
+    }
+    std::set<std::string> texts;
+    for (const Json::Value& value : values)
+    {
+        texts.insert(value.asString());
+    }
+    return texts;
+}
+
+std::int64_t RequiredSeconds(const Json::Value& body, const char* key)
+{
+    const Json::Value& value = body[key];
+    if (!value.isUInt())
+    {
+        throw HttpError(Status::BadRequest, std::string(key) + " is missing or not a number of seconds");
+    }
+    return value.asUInt();
 }
 
 } // namespace quorvex::services

@@ -1,5 +1,7 @@
 #pragma once
 
+#include <cstdint>
+#include <set>
 #include <string>
 
 #include <httplib.h>
@@ -17,5 +19,11 @@ std::string RequiredText(const Json::Value& body, const char* key);
 
 // Empty when the key is absent.
 std::string OptionalText(const Json::Value& body, const char* key);
+
+// The texts of an array, each once.
+std::set<std::string> RequiredTexts(const Json::Value& body, const char* key);
+
+// A whole number of at most 32 bits without a sign, as clients write it.
+std::int64_t RequiredSeconds(const Json::Value& body, const char* key);
 
 } // namespace quorvex::services

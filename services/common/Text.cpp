@@ -107,4 +107,21 @@ bool IsValidUtf8(std::string_view text)
     return true;
 }
 
+std::string_view CutToUtf16Units(std::string_view text, std::size_t units)
+{
+    std::size_t end = 0;
+    while (end < text.size())
+    {
+        const std::size_t length = SequenceLength(static_cast<unsigned char>(text[end]));
+        const std::size_t taken = length == 4 ? 2 : 1;
+        if (taken > units)
+        {
+            break;
+        }
+        units -= taken;
+        end += length;
+    }
+    return text.substr(0, end);
+}
+
 } // namespace quorvex::services

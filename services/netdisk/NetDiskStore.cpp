@@ -3,6 +3,7 @@
 #include "common/Crypto.h"
 #include "common/HttpAnswers.h"
 #include "netdisk/FileName.h"
+#include "netdisk/Schema.h"
 
 #include <utility>
 
@@ -12,55 +13,34 @@ namespace quorvex::services::netdisk
 namespace
 {
 
-enum class ItemType
+FileRow ReadRow(SQLite::Statement& query)
 {
-    File = 1,
-    Folder = 2,
-};
-
-// A folder's parent is null at the top of the disk. An item in the recycle bin keeps its folder, to be put back there;
-// what lies in a recycled folder is recycled with it and has no item of its own.
-constexpr const char* FirstSchema = R"(
-    CREATE TABLE netdisk_recycled (
-        rs_id TEXT PRIMARY KEY,
-        account_id INTEGER NOT NULL REFERENCES account (id),
-        type INTEGER NOT NULL,
-        rtime INTEGER NOT NULL
-    ) STRICT;
-    CREATE INDEX netdisk_recycled_by_account ON netdisk_recycled (account_id);
-    CREATE TABLE netdisk_folder (
-        fo_id TEXT PRIMARY KEY,
-        account_id INTEGER NOT NULL REFERENCES account (id),
-        parent_fo_id TEXT REFERENCES netdisk_folder (fo_id),
-        name TEXT NOT NULL,
-        ctime INTEGER NOT NULL,
-        rs_id TEXT REFERENCES netdisk_recycled (rs_id)
-    ) STRICT;
-    CREATE INDEX netdisk_folder_by_parent ON netdisk_folder (account_id, parent_fo_id);
-    CREATE TABLE netdisk_file (
-        fkey TEXT PRIMARY KEY,
-        account_id INTEGER NOT NULL REFERENCES account (id),
-        fo_id TEXT REFERENCES netdisk_folder (fo_id),
-        name TEXT NOT NULL,
-        size INTEGER NOT NULL CHECK (size >= 0),
-        md5 TEXT NOT NULL,
-        blob_id INTEGER REFERENCES blob (id),
-        downcount INTEGER NOT NULL DEFAULT 0,
-        ctime INTEGER NOT NULL,
-        rs_id TEXT REFERENCES netdisk_recycled (rs_id)
-    ) STRICT;
-    CREATE INDEX netdisk_file_by_folder ON netdisk_file (account_id, fo_id);
-    CREATE INDEX netdisk_file_by_blob ON netdisk_file (blob_id);
-    CREATE INDEX netdisk_file_by_item ON netdisk_file (rs_id);
-    CREATE INDEX netdisk_folder_by_item ON netdisk_folder (rs_id);
-)";
+    FileRow row;
+    row.key = query.getColumn("fkey").getString();
+    row.name = query.getColumn("name").getString();
+    row.size = static_cast<std::uint64_t>(query.getColumn("size").getInt64());
+    row.md5 = query.getColumn("md5").getString();
+    if (!query.getColumn("blob_id").isNull())
+    {
+        row.blob = query.getColumn("blob_id").getInt64();
+    }
+    row.folder = OptionalColumn(query, "fo_id");
+    row.downcount = static_cast<std::uint64_t>(query.getColumn("downcount").getInt64());
+    row.ctime = query.getColumn("ctime").getInt64();
+    return row;
+}
 
 } // namespace
 
-NetDiskStore::NetDiskStore(Database& database, BlobStore& blobs, PartialFiles& partials, Clock clock, Limits limits)
-    : database_(database), blobs_(blobs), partials_(partials), clock_(std::move(clock)), limits_(limits)
+NetDiskStore::NetDiskStore(Database& database, BlobStore& blobs, PartialFiles& partials, Folders& folders, Clock clock,
+                           Limits limits)
+    : database_(database),
+      blobs_(blobs),
+      partials_(partials),
+      folders_(folders),
+      clock_(std::move(clock)),
+      limits_(limits)
 {
-    database_.Migrate("netdisk", {FirstSchema});
 }
 
 std::string NetDiskStore::Add(std::int64_t account, const std::string& name, BlobStore::Staged& staged)
@@ -72,12 +52,14 @@ std::string NetDiskStore::Add(std::int64_t account, const std::string& name, Blo
 }
 
 std::string NetDiskStore::Insert(Transaction& transaction, std::int64_t account, const std::string& name,
-                                 const BlobContent& content, std::optional<std::int64_t> blob)
+                                 const BlobContent& content, std::optional<std::int64_t> blob,
+                                 const std::optional<std::string>& folder)
 {
     RequireSpace(GetCapacity(transaction, account), content.size);
     std::string key = RandomKey();
     auto insert = transaction.Prepare(R"(
-        INSERT INTO netdisk_file (fkey, account_id, name, size, md5, blob_id, ctime) VALUES (?, ?, ?, ?, ?, ?, ?))");
+        INSERT INTO netdisk_file (fkey, account_id, name, size, md5, blob_id, ctime, fo_id)
+        VALUES (?, ?, ?, ?, ?, ?, ?, ?))");
     insert.bind(1, key);
     insert.bind(2, account);
     insert.bind(3, name);
@@ -88,30 +70,27 @@ std::string NetDiskStore::Insert(Transaction& transaction, std::int64_t account,
         insert.bind(6, *blob);
     }
     insert.bind(7, clock_());
+    BindOptional(insert, 8, folder);
     insert.exec();
     return key;
+}
+
+std::string NetDiskStore::Copy(Transaction& transaction, std::int64_t account, const FileRow& file,
+                               const std::optional<std::string>& folder)
+{
+    const BlobContent content{file.md5, file.size};
+    return Insert(transaction, account, file.name, content, blobs_.ReferenceExisting(transaction, content), folder);
 }
 
 std::optional<FileRow> NetDiskStore::Find(Transaction& transaction, std::int64_t account, const std::string& key,
                                           bool withRecycled)
 {
     auto query = transaction.Prepare(R"(
-        SELECT name, size, md5, blob_id FROM netdisk_file
-        WHERE fkey = ? AND account_id = ? AND (? OR rs_id IS NULL))");
+        SELECT * FROM netdisk_file WHERE fkey = ? AND account_id = ? AND (? OR rs_id IS NULL))");
     query.bind(1, key);
     query.bind(2, account);
     query.bind(3, withRecycled ? 1 : 0);
-    if (!query.executeStep())
-    {
-        return std::nullopt;
-    }
-    FileRow row{key, query.getColumn(0).getString(), static_cast<std::uint64_t>(query.getColumn(1).getInt64()),
-                query.getColumn(2).getString(), std::nullopt};
-    if (!query.getColumn(3).isNull())
-    {
-        row.blob = query.getColumn(3).getInt64();
-    }
-    return row;
+    return query.executeStep() ? std::optional(ReadRow(query)) : std::nullopt;
 }
 
 FileRow NetDiskStore::Require(Transaction& transaction, std::int64_t account, const std::string& key)
@@ -124,25 +103,54 @@ FileRow NetDiskStore::Require(Transaction& transaction, std::int64_t account, co
     return *std::move(row);
 }
 
-Download NetDiskStore::Open(std::int64_t account, const std::string& key)
+std::vector<FileRow> NetDiskStore::ReadAll(SQLite::Statement& query)
+{
+    std::vector<FileRow> rows;
+    while (query.executeStep())
+    {
+        rows.push_back(ReadRow(query));
+    }
+    return rows;
+}
+
+FolderContent NetDiskStore::List(std::int64_t account, const std::string& folder)
 {
     return database_.Transact([&](Transaction& transaction) {
-        FileRow row = Require(transaction, account, key);
-        if (!row.IsComplete())
-        {
-            throw HttpError(Status::Conflict, "the file is not complete");
-        }
-        return Download{blobs_.Open(transaction, *row.blob), std::move(row.name), row.size, std::move(row.md5)};
+        const auto place = folders_.Locate(transaction, account, folder);
+        auto query = transaction.Prepare(R"(
+            SELECT * FROM netdisk_file WHERE account_id = ? AND fo_id IS ? AND rs_id IS NULL
+            ORDER BY name, fkey)");
+        query.bind(1, account);
+        BindOptional(query, 2, place);
+        return FolderContent{ReadAll(query), folders_.List(transaction, account, place)};
     });
+}
+
+Download NetDiskStore::Open(std::int64_t account, const std::string& key)
+{
+    return database_.Transact(
+        [&](Transaction& transaction) { return Open(transaction, Require(transaction, account, key)); });
+}
+
+Download NetDiskStore::Open(Transaction& transaction, FileRow file)
+{
+    if (!file.IsComplete())
+    {
+        throw HttpError(Status::Conflict, "the file is not complete");
+    }
+    return {blobs_.Open(transaction, *file.blob), std::move(file.name), file.size, std::move(file.md5)};
 }
 
 void NetDiskStore::CountDownload(const std::string& key)
 {
-    database_.Transact([&](Transaction& transaction) {
-        auto update = transaction.Prepare("UPDATE netdisk_file SET downcount = downcount + 1 WHERE fkey = ?");
-        update.bind(1, key);
-        update.exec();
-    });
+    database_.Transact([&](Transaction& transaction) { CountDownload(transaction, key); });
+}
+
+void NetDiskStore::CountDownload(Transaction& transaction, const std::string& key)
+{
+    auto update = transaction.Prepare("UPDATE netdisk_file SET downcount = downcount + 1 WHERE fkey = ?");
+    update.bind(1, key);
+    update.exec();
 }
 
 void NetDiskStore::Modify(std::int64_t account, const std::string& key, const std::string& folder,
@@ -163,53 +171,11 @@ void NetDiskStore::Modify(std::int64_t account, const std::string& key, const st
         }
         if (!folder.empty())
         {
-            RequireFolder(transaction, account, folder);
-            auto update = transaction.Prepare("UPDATE netdisk_file SET fo_id = NULLIF(?, ?) WHERE fkey = ?");
-            update.bind(1, folder);
-            update.bind(2, std::string(RootFolder));
-            update.bind(3, key);
+            auto update = transaction.Prepare("UPDATE netdisk_file SET fo_id = ? WHERE fkey = ?");
+            BindOptional(update, 1, folders_.Locate(transaction, account, folder));
+            update.bind(2, key);
             update.exec();
         }
-    });
-}
-
-void NetDiskStore::RequireFolder(Transaction& transaction, std::int64_t account, const std::string& folder)
-{
-    if (folder == RootFolder)
-    {
-        return;
-    }
-    auto query =
-        transaction.Prepare("SELECT 1 FROM netdisk_folder WHERE fo_id = ? AND account_id = ? AND rs_id IS NULL");
-    query.bind(1, folder);
-    query.bind(2, account);
-    if (!query.executeStep())
-    {
-        throw HttpError(Status::NotFound, "no such folder");
-    }
-}
-
-void NetDiskStore::Recycle(std::int64_t account, const std::string& key)
-{
-    database_.Transact([&](Transaction& transaction) {
-        const FileRow file = Require(transaction, account, key);
-        if (!file.IsComplete())
-        {
-            EraseRow(transaction, file);
-            return;
-        }
-        const std::string item = RandomKey();
-        auto insert =
-            transaction.Prepare("INSERT INTO netdisk_recycled (rs_id, account_id, type, rtime) VALUES (?, ?, ?, ?)");
-        insert.bind(1, item);
-        insert.bind(2, account);
-        insert.bind(3, static_cast<int>(ItemType::File));
-        insert.bind(4, clock_());
-        insert.exec();
-        auto update = transaction.Prepare("UPDATE netdisk_file SET rs_id = ? WHERE fkey = ?");
-        update.bind(1, item);
-        update.bind(2, key);
-        update.exec();
     });
 }
 
@@ -221,18 +187,20 @@ void NetDiskStore::Erase(std::int64_t account, const std::string& key)
         {
             throw HttpError(Status::NotFound, "no such file");
         }
-        EraseRow(transaction, *file);
+        Erase(transaction, *file);
     });
 }
 
-void NetDiskStore::EraseRow(Transaction& transaction, const FileRow& file)
+void NetDiskStore::Erase(Transaction& transaction, const FileRow& file)
 {
     auto remove = transaction.Prepare("DELETE FROM netdisk_file WHERE fkey = ? RETURNING rs_id");
     remove.bind(1, file.key);
     if (remove.executeStep() && !remove.getColumn(0).isNull())
     {
-        auto removeItem = transaction.Prepare("DELETE FROM netdisk_recycled WHERE rs_id = ?");
+        // A folder's item stays for the rest that lies in it.
+        auto removeItem = transaction.Prepare("DELETE FROM netdisk_recycled WHERE rs_id = ? AND type = ?");
         removeItem.bind(1, remove.getColumn(0).getString());
+        removeItem.bind(2, static_cast<int>(ItemType::File));
         removeItem.exec();
     }
     if (file.IsComplete())

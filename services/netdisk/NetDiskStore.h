@@ -4,10 +4,12 @@
 #include "common/Clock.h"
 #include "common/Database.h"
 #include "common/PartialFiles.h"
+#include "netdisk/Folders.h"
 
 #include <cstdint>
 #include <optional>
 #include <string>
+#include <vector>
 
 namespace quorvex::services::netdisk
 {
@@ -25,7 +27,10 @@ struct FileRow
     std::string name;
     std::uint64_t size = 0;
     std::string md5;
-    std::optional<std::int64_t> blob; // absent while blocks are still to come
+    std::optional<std::int64_t> blob;  // absent while blocks are still to come
+    std::optional<std::string> folder; // absent at the top of the disk
+    std::uint64_t downcount = 0;
+    std::int64_t ctime = 0;
 
     bool IsComplete() const { return blob.has_value(); }
 };
@@ -36,6 +41,12 @@ struct Download
     std::string name;
     std::uint64_t size = 0;
     std::string md5;
+};
+
+struct FolderContent
+{
+    std::vector<FileRow> files;
+    std::vector<FolderRow> folders;
 };
 
 struct Capacity
@@ -50,32 +61,40 @@ struct Capacity
 class NetDiskStore
 {
 public:
-    // How requests name the top of a disk, which has no row.
-    static constexpr std::string_view RootFolder = "0";
-
-    NetDiskStore(Database& database, BlobStore& blobs, PartialFiles& partials, Clock clock, Limits limits);
+    NetDiskStore(Database& database, BlobStore& blobs, PartialFiles& partials, Folders& folders, Clock clock,
+                 Limits limits);
 
     // A complete file at the top of the disk; returns its key.
     std::string Add(std::int64_t account, const std::string& name, BlobStore::Staged& staged);
 
     // One row more, which takes space from now on; `blob` is absent for a file whose blocks are still to come.
     std::string Insert(Transaction& transaction, std::int64_t account, const std::string& name,
-                       const BlobContent& content, std::optional<std::int64_t> blob);
+                       const BlobContent& content, std::optional<std::int64_t> blob,
+                       const std::optional<std::string>& folder = std::nullopt);
+
+    // A file of the account's own with the content of a complete one, whoever's that is; returns its key.
+    std::string Copy(Transaction& transaction, std::int64_t account, const FileRow& file,
+                     const std::optional<std::string>& folder);
 
     // The file unless it is in the recycle bin.
     FileRow Require(Transaction& transaction, std::int64_t account, const std::string& key);
 
+    // The rows of a query that selects whole rows of files.
+    static std::vector<FileRow> ReadAll(SQLite::Statement& query);
+
+    FolderContent List(std::int64_t account, const std::string& folder);
+
     Download Open(std::int64_t account, const std::string& key);
+    Download Open(Transaction& transaction, FileRow file);
     void CountDownload(const std::string& key);
+    void CountDownload(Transaction& transaction, const std::string& key);
 
     // An empty folder or name stays as it is.
     void Modify(std::int64_t account, const std::string& key, const std::string& folder, const std::string& name);
 
-    // Into the recycle bin; an unfinished file goes for ever.
-    void Recycle(std::int64_t account, const std::string& key);
-
     // For ever, also out of the recycle bin.
     void Erase(std::int64_t account, const std::string& key);
+    void Erase(Transaction& transaction, const FileRow& file);
 
     Capacity GetCapacity(std::int64_t account);
 
@@ -85,13 +104,12 @@ public:
 private:
     std::optional<FileRow> Find(Transaction& transaction, std::int64_t account, const std::string& key,
                                 bool withRecycled);
-    void RequireFolder(Transaction& transaction, std::int64_t account, const std::string& folder);
-    void EraseRow(Transaction& transaction, const FileRow& file);
     Capacity GetCapacity(Transaction& transaction, std::int64_t account);
 
     Database& database_;
     BlobStore& blobs_;
     PartialFiles& partials_;
+    Folders& folders_;
     Clock clock_;
     Limits limits_;
 };

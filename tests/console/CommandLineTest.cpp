@@ -63,6 +63,18 @@ TEST_F(CommandLineTest, KnowsEveryCommand)
         {{"info", "k"}, &InfoCommand},
         {{"mv", "k", "--name", "n"}, &MoveCommand},
         {{"rm", "k"}, &RemoveCommand},
+        {{"ls"}, &ListCommand},
+        {{"tree"}, &TreeCommand},
+        {{"mkdir", "n"}, &MakeFolderCommand},
+        {{"trash"}, &TrashCommand},
+        {{"restore", "i"}, &RestoreCommand},
+        {{"purge", "i"}, &PurgeCommand},
+        {{"share", "k"}, &ShareCommand},
+        {{"shares"}, &SharesCommand},
+        {{"unshare", "c"}, &UnshareCommand},
+        {{"extend", "c", "--by", "1d"}, &ExtendCommand},
+        {{"save", "c"}, &SaveCommand},
+        {{"fetch", "c"}, &FetchCommand},
         {{"quota"}, &QuotaCommand},
         {{"checksum", "f"}, &ChecksumCommand},
     };
@@ -133,6 +145,101 @@ TEST_F(CommandLineTest, RefusesKeysThatWouldChangeTheRequest)
         EXPECT_NE(Complaint({"netdisk", "info", key, "--session", "s"}), "") << key;
     const std::string longest = "12345678901234567890123456789-_Z";
     EXPECT_EQ(Parsed({"netdisk", "info", longest, "--session", "s"}).options.key, longest);
+}
+
+TEST_F(CommandLineTest, RefusesIdsAndCodesThatWouldChangeTheRequest)
+{
+    const std::vector<std::vector<std::string>> lines{{"ls", "a&b"},
+                                                      {"tree", "../a"},
+                                                      {"mkdir", "n", "--parent", "\""},
+                                                      {"mv", "k", "--folder", "/"},
+                                                      {"put", "f", "--folder", " "},
+                                                      {"restore", ""},
+                                                      {"purge", "a b"},
+                                                      {"share", "k", "a\"b"},
+                                                      {"unshare", "c", "c/"},
+                                                      {"extend", "c=", "--by", "1d"},
+                                                      {"save", "c", "--folder", "?"},
+                                                      {"save", "c&"},
+                                                      {"fetch", "#"},
+                                                      {"fetch", "c", "--fid", "&"}};
+    for (std::vector<std::string> line : lines)
+    {
+        line.insert(line.begin(), "netdisk");
+        line.insert(line.end(), {"--session", "s"});
+        EXPECT_NE(Complaint(line).find("1 to 32 letters"), std::string::npos) << line[1] << m_answer.text;
+    }
+}
+
+TEST_F(CommandLineTest, WorksAtTheTopUnlessAFolderIsGiven)
+{
+    for (const std::vector<std::string>& line :
+         std::vector<std::vector<std::string>>{{"ls"}, {"tree"}, {"mkdir", "n"}, {"save", "c"}})
+    {
+        std::vector<std::string> arguments{"netdisk"};
+        arguments.insert(arguments.end(), line.begin(), line.end());
+        arguments.insert(arguments.end(), {"--session", "s"});
+        EXPECT_EQ(Parsed(arguments).options.inFolder, "0") << line.front();
+    }
+    EXPECT_EQ(Parsed({"netdisk", "ls", "7a", "--session", "s"}).options.inFolder, "7a");
+    EXPECT_EQ(Parsed({"netdisk", "tree", "7a", "--session", "s"}).options.inFolder, "7a");
+    EXPECT_EQ(Parsed({"netdisk", "mkdir", "n", "--parent", "7a", "--session", "s"}).options.inFolder, "7a");
+    EXPECT_EQ(Parsed({"netdisk", "save", "c", "--folder", "7a", "--session", "s"}).options.inFolder, "7a");
+    EXPECT_EQ(Parsed({"netdisk", "put", "f", "--session", "s"}).options.folder, "");
+    EXPECT_EQ(Parsed({"netdisk", "put", "f", "--folder", "7a", "--session", "s"}).options.folder, "7a");
+}
+
+TEST_F(CommandLineTest, NamesAFolderByItsIdWhenToldTo)
+{
+    const Options move = Parsed({"netdisk", "mv", "--dir", "7a", "--name", "n", "--session", "s"}).options;
+    EXPECT_TRUE(move.isFolder);
+    EXPECT_EQ(move.key, "7a");
+    EXPECT_TRUE(Parsed({"netdisk", "rm", "7a", "-d", "--session", "s"}).options.isFolder);
+    EXPECT_FALSE(Parsed({"netdisk", "rm", "7a", "--session", "s"}).options.isFolder);
+}
+
+TEST_F(CommandLineTest, TakesSeveralKeysAndCodes)
+{
+    const Options share = Parsed({"netdisk", "share", "a", "b", "c", "--for", "24h", "--session", "s"}).options;
+    EXPECT_EQ(share.keys, (std::vector<std::string>{"a", "b", "c"}));
+    EXPECT_EQ(share.span, 86400u);
+    EXPECT_EQ(Parsed({"netdisk", "share", "--session", "s", "a"}).options.span, 604800u);
+    const Options unshare = Parsed({"netdisk", "unshare", "x", "y", "--session", "s"}).options;
+    EXPECT_EQ(unshare.pcodes, (std::vector<std::string>{"x", "y"}));
+    EXPECT_NE(Complaint({"netdisk", "share", "--session", "s"}), "");
+    EXPECT_NE(Complaint({"netdisk", "unshare", "--session", "s"}), "");
+}
+
+TEST_F(CommandLineTest, ReadsLengthsOfTime)
+{
+    EXPECT_EQ(Parsed({"netdisk", "extend", "c", "--by", "90s", "--session", "s"}).options.span, 90u);
+    EXPECT_NE(Complaint({"netdisk", "extend", "c", "--session", "s"}).find("--by"), std::string::npos);
+    for (const char* const span : {"0d", "7", "d", "tomorrow", "50000d"})
+    {
+        EXPECT_NE(Complaint({"netdisk", "extend", "c", "--by", span, "--session", "s"}).find("90s, 15m"),
+                  std::string::npos);
+        EXPECT_NE(Complaint({"netdisk", "share", "k", "--for", span, "--session", "s"}).find("90s, 15m"),
+                  std::string::npos);
+    }
+}
+
+TEST_F(CommandLineTest, KnowsTheTypesOfShareCodes)
+{
+    EXPECT_EQ(Parsed({"netdisk", "shares", "--session", "s"}).options.shareType, "all");
+    EXPECT_EQ(Parsed({"netdisk", "shares", "--type", "expired", "--session", "s"}).options.shareType, "expired");
+    EXPECT_NE(Complaint({"netdisk", "shares", "--type", "2", "--session", "s"}), "");
+}
+
+TEST_F(CommandLineTest, ReadsWhatToFetch)
+{
+    const Options options =
+        Parsed({"netdisk", "fetch", "c", "--fid", "2", "-o", "out", "--block-size", "1MiB", "--session", "s"}).options;
+    EXPECT_EQ(options.pcode, "c");
+    EXPECT_EQ(options.fileId, "2");
+    EXPECT_EQ(options.out, "out");
+    EXPECT_EQ(options.blockSize, 1u << 20);
+    EXPECT_FALSE(options.listOnly);
+    EXPECT_TRUE(Parsed({"netdisk", "fetch", "c", "--list", "--session", "s"}).options.listOnly);
 }
 
 TEST_F(CommandLineTest, RefusesWhatItDoesNotKnow)

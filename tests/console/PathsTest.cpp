@@ -5,6 +5,7 @@
 #include <gtest/gtest.h>
 
 #include <filesystem>
+#include <vector>
 
 namespace quorvex::console
 {
@@ -94,6 +95,35 @@ TEST(SafeName, NamesNoDevice)
     for (const wchar_t* const name :
          {L"CON", L"nul", L"Aux.txt", L"prn .tar.gz", L"COM1", L"lpt9.log", L"COM\xB9", L"CONIN$"})
         EXPECT_EQ(SafeName(name, L"key"), std::wstring(L"_") + name);
+}
+
+TEST(DistinctNames, LeaveAloneWhatIsDistinct)
+{
+    const std::vector<std::wstring> names{L"a.txt", L"b.txt", L"a"};
+    EXPECT_EQ(DistinctNames(names), names);
+    EXPECT_TRUE(DistinctNames({}).empty());
+}
+
+TEST(DistinctNames, NumberWhatTheSystemTakesForTheSame)
+{
+    EXPECT_EQ(DistinctNames({L"a.txt", L"A.TXT", L"a.txt", L"\x444.tar.gz", L"\x424.tar.gz", L"n", L"n"}),
+              (std::vector<std::wstring>{L"a.txt", L"A (2).TXT", L"a (3).txt", L"\x444.tar.gz", L"\x424.tar (2).gz",
+                                         L"n", L"n (2)"}));
+}
+
+TEST(DistinctNames, AvoidNamesThatHaveANumberAlready)
+{
+    EXPECT_EQ(DistinctNames({L"a (2).txt", L"a.txt", L"a.txt", L"a (3).txt"}),
+              (std::vector<std::wstring>{L"a (2).txt", L"a.txt", L"a (3).txt", L"a (3) (2).txt"}));
+}
+
+TEST(TargetOf, IsInAFolderOrAFile)
+{
+    const std::filesystem::path here = std::filesystem::current_path();
+    EXPECT_EQ(TargetOf("", L"n"), here / L"n");
+    EXPECT_EQ(TargetOf(".", L"n"), here / L"n");
+    EXPECT_EQ(TargetOf("x.bin", L"n"), here / L"x.bin");
+    EXPECT_EQ(TargetOf("none\\", L"n"), here / L"none" / L"n");
 }
 
 TEST(WithEnding, AddsToTheName)

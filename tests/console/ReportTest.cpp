@@ -25,6 +25,18 @@ TEST(Report, IsOneLineOfJsonForMachines)
                                     "\"size\":4294967295}\n");
 }
 
+TEST(Report, TellsTheSameAsATextAndAsData)
+{
+    Report report;
+    report.AddText("NAME\na\n");
+    report.AddData("files", Json::Value(Json::arrayValue));
+    report.AddText("1 file\n");
+    EXPECT_EQ(report.ForPeople(), "NAME\na\n1 file\n");
+    EXPECT_EQ(report.ForMachines(), "{\"files\":[],\"ok\":true}\n");
+    report.Add("id", "0");
+    EXPECT_EQ(report.ForPeople(), "id  0\nNAME\na\n1 file\n");
+}
+
 TEST(Report, CanBeEmpty)
 {
     EXPECT_EQ(Report().ForPeople(), "");

@@ -32,5 +32,20 @@ TEST(Text, EscapesWhatJsonKeepsForItself)
     EXPECT_EQ(JsonEscaped("\n\x1F\x7F"), L"\\u000a\\u001f\x7F");
 }
 
+TEST(Text, ForATerminalHasNoControlCharacters)
+{
+    EXPECT_EQ(Printable("a \xE6\x97\xA5\xF0\x9F\x98\x80~"), "a \xE6\x97\xA5\xF0\x9F\x98\x80~");
+    EXPECT_EQ(Printable("\x1B\r\x7F\xC2\x80\xC2\x9F\xC2\xA0"),
+              "\xEF\xBF\xBD\xEF\xBF\xBD\xEF\xBF\xBD\xEF\xBF\xBD\xEF\xBF\xBD\xC2\xA0");
+}
+
+TEST(Text, HasAWidthInColumns)
+{
+    EXPECT_EQ(WidthOf(""), 0u);
+    EXPECT_EQ(WidthOf("abc"), 3u);
+    EXPECT_EQ(WidthOf("\xD0\xA4\xC3\xA9"), 2u);
+    EXPECT_EQ(WidthOf("\xE6\x97\xA5\xF0\x9F\x98\x80"), 4u);
+}
+
 } // namespace
 } // namespace quorvex::console

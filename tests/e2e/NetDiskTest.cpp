@@ -1,16 +1,6 @@
-#include "ConsoleProcess.h"
-
-#include "support/ServiceProcess.h"
-#include "support/TemporaryFolder.h"
-
-#include <gtest/gtest.h>
+#include "DiskFixture.h"
 
 #include <csignal>
-#include <fstream>
-#include <iterator>
-#include <optional>
-#include <string>
-#include <vector>
 
 namespace quorvex::e2e
 {
@@ -18,84 +8,8 @@ namespace quorvex::e2e
 namespace
 {
 
-using services::test::ServiceProcess;
-using services::test::TemporaryFolder;
-
-constexpr std::size_t kMebibyte = 1048576;
-
-std::string Pattern(std::size_t size)
+class NetDisk : public DiskFixture
 {
-    std::string text(size, '\0');
-    std::uint64_t state = 88172645463325252ULL;
-    for (char& character : text)
-    {
-        state ^= state << 13U;
-        state ^= state >> 7U;
-        state ^= state << 17U;
-        character = static_cast<char>(state);
-    }
-    return text;
-}
-
-std::string ReadFile(const std::filesystem::path& path)
-{
-    std::ifstream file(path, std::ios::binary);
-    return {std::istreambuf_iterator<char>(file), std::istreambuf_iterator<char>()};
-}
-
-class NetDisk : public ::testing::Test
-{
-protected:
-    void StartServices(int port = 0)
-    {
-        services.emplace(folder.Path() / "data", std::vector<std::string>{"--user", "ann:secret"}, port);
-    }
-
-    void SetUp() override { StartServices(); }
-
-    std::string Server() const { return "http://127.0.0.1:" + std::to_string(services->Port()) + "/object"; }
-
-    /// A command of the account, with its options.
-    std::vector<std::string> Command(std::vector<std::string> arguments) const
-    {
-        arguments.insert(arguments.begin(), "netdisk");
-        arguments.insert(arguments.end(), {"--server", Server(), "--user", "ann", "--password", "secret", "--json"});
-        return arguments;
-    }
-
-    ConsoleRun Run(const std::vector<std::string>& arguments) const { return RunConsole(Command(arguments)); }
-
-    std::string Write(const std::string& name, const std::string& content) const
-    {
-        const std::filesystem::path path = folder.Path() / name;
-        std::ofstream(path, std::ios::binary) << content;
-        return path.string();
-    }
-
-    /// Uploads a file and returns what the console says of it.
-    Json::Value Put(const std::string& path, const std::vector<std::string>& options = {}) const
-    {
-        std::vector<std::string> arguments = {"put", path};
-        arguments.insert(arguments.end(), options.begin(), options.end());
-        const ConsoleRun run = Run(arguments);
-        EXPECT_EQ(run.exitStatus, 0) << run.output << run.errors;
-        return run.Json();
-    }
-
-    /// Downloads into a file and returns its content.
-    std::string Get(const std::string& key, const std::vector<std::string>& options = {}) const
-    {
-        const std::filesystem::path out = folder.Path() / "fetched";
-        std::vector<std::string> arguments = {"get", key, "--out", out.string()};
-        arguments.insert(arguments.end(), options.begin(), options.end());
-        const ConsoleRun run = Run(arguments);
-        EXPECT_EQ(run.exitStatus, 0) << run.output << run.errors;
-        EXPECT_TRUE(run.Json()["verified"].asBool()) << run.output;
-        return ReadFile(out);
-    }
-
-    TemporaryFolder folder;
-    std::optional<ServiceProcess> services;
 };
 
 } // namespace
@@ -173,12 +87,11 @@ TEST_F(NetDisk, RenamedFileHasItsNewName)
 
 TEST_F(NetDisk, QuotaCountsWhatIsStoredAndGetsItBack)
 {
-    const auto used = [this] { return Run({"quota"}).Json()["used"].asUInt64(); };
-    const std::uint64_t before = used();
+    const std::uint64_t before = Used();
     const std::string key = Put(Write("file.bin", Pattern(50000)))["key"].asString();
-    EXPECT_EQ(used(), before + 50000);
+    EXPECT_EQ(Used(), before + 50000);
     EXPECT_EQ(Run({"rm", key, "--forever"}).exitStatus, 0);
-    EXPECT_EQ(used(), before);
+    EXPECT_EQ(Used(), before);
     const ConsoleRun info = Run({"info", key});
     EXPECT_EQ(info.exitStatus, 1);
     EXPECT_FALSE(info.Json()["ok"].asBool());
@@ -211,10 +124,9 @@ TEST_F(NetDisk, EachLoginIsTriedForReal)
 
 TEST_F(NetDisk, ServerOutOfReachIsAPlainFailure)
 {
-    const std::string server = Server();
     services.reset();
     const ConsoleRun run =
-        RunConsole({"netdisk", "quota", "--server", server, "--user", "ann", "--password", "secret"});
+        RunConsole({"netdisk", "quota", "--server", Server(), "--user", "ann", "--password", "secret"});
     EXPECT_EQ(run.exitStatus, 1);
     EXPECT_EQ(run.output, "");
     EXPECT_NE(run.errors.find("(result -1"), std::string::npos) << run.errors;
@@ -257,7 +169,6 @@ TEST_F(NetDisk, BlocksConfirmedBeforeTheServerDiedAreKept)
     const std::string content = Pattern(32 * kMebibyte);
     const std::string path = Write("large.bin", content);
     const std::vector<std::string> options = {"put", path, "--block-size", "256KiB"};
-    const int port = services->Port();
     {
         ConsoleProcess upload(Command(options));
         ASSERT_TRUE(upload.WaitForError("\n")) << upload.Errors();

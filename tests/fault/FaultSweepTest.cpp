@@ -22,7 +22,7 @@
 namespace
 {
 
-using quorvex::netdisk::CNetDisk;
+using namespace quorvex::netdisk;
 
 /// A caller's buffer whose end is watched.
 template <typename Character, std::size_t Room>
@@ -62,6 +62,10 @@ void PrintTo(const Operation& operation, std::ostream* out)
 {
     *out << operation.name;
 }
+
+constexpr const char* folderListing =
+    "{\"files\":[{\"fkey\":\"k\"},{\"fkey\":\"l\"}],\"folders\":[{\"fo_id\":\"d\"},{\"fo_id\":\"e\"}]}";
+constexpr const char* binListing = "{\"data\":[{\"rs_id\":\"r\"},{\"rs_id\":\"s\"}]}";
 
 const std::vector<Operation>& operations()
 {
@@ -117,6 +121,66 @@ const std::vector<Operation>& operations()
              unsigned long size = 0;
              return disk.FileGetChecksum(folder, L"a.txt", size, out.md5.room);
          }},
+        {"FolderAdd", "{\"fo_id\":\"F\"}",
+         [](CNetDisk& disk, const wchar_t*, Outputs& out) { return disk.FolderAdd(L"n", L"P", out.key.room, 40); }},
+        {"FolderModi", "{}",
+         [](CNetDisk& disk, const wchar_t*, Outputs&) { return disk.FolderModi(L"F", L"n", L"P"); }},
+        {"FolderDel", "{}", [](CNetDisk& disk, const wchar_t*, Outputs&) { return disk.FolderDel(L"F"); }},
+        {"FolderDel4ever", "{}", [](CNetDisk& disk, const wchar_t*, Outputs&) { return disk.FolderDel4ever(L"F"); }},
+        {"FolderList", folderListing,
+         [](CNetDisk& disk, const wchar_t*, Outputs&) {
+             std::vector<_FileInfo> files;
+             std::vector<_FolderInfo> folders;
+             return disk.FolderList(L"F", files, folders);
+         }},
+        {"FolderListUtf8", folderListing,
+         [](CNetDisk& disk, const wchar_t*, Outputs&) {
+             std::vector<_FileInfoUTF8> files;
+             std::vector<_FolderInfoUTF8> folders;
+             return disk.FolderList(L"F", files, folders);
+         }},
+        {"PcodeCreate", "{\"pcode\":\"c\"}",
+         [](CNetDisk& disk, const wchar_t*, Outputs& out) {
+             std::vector<_FileInfo> files(2);
+             return disk.PcodeCreate(files, 60, out.key.room, 40);
+         }},
+        {"PcodeDelete", "{}",
+         [](CNetDisk& disk, const wchar_t*, Outputs&) {
+             std::vector<_PcodeInfo> pcodes(2);
+             return disk.PcodeDelete(pcodes);
+         }},
+        {"PcodeList", "{\"pcodes\":[{\"pcode\":\"c\"},{\"pcode\":\"d\"}]}",
+         [](CNetDisk& disk, const wchar_t*, Outputs&) {
+             std::vector<_PcodeInfo> pcodes;
+             return disk.PcodeList(3, pcodes);
+         }},
+        {"PcodeInfo", "{\"files\":[{\"fid\":\"i\"},{\"fid\":\"j\"}]}",
+         [](CNetDisk& disk, const wchar_t*, Outputs&) {
+             std::vector<_FileInfo> files;
+             return disk.PcodeInfo(L"c", files);
+         }},
+        {"PcodeDefer", "{}", [](CNetDisk& disk, const wchar_t*, Outputs&) { return disk.PcodeDefer(L"c", 60); }},
+        {"PcodeSave", "{}", [](CNetDisk& disk, const wchar_t*, Outputs&) { return disk.PcodeSave(L"c", L"F"); }},
+        {"PcodeDown", "hello",
+         [](CNetDisk& disk, const wchar_t* folder, Outputs&) { return disk.PcodeDown(L"c", L"i", folder, nullptr); }},
+        {"LargePcodeDown", "hello",
+         [](CNetDisk& disk, const wchar_t*, Outputs& out) {
+             unsigned long size = 5;
+             return disk.LargePcodeDown(L"c", L"i", 0, out.block.room, size);
+         }},
+        {"RecyclebinList", binListing,
+         [](CNetDisk& disk, const wchar_t*, Outputs&) {
+             std::vector<_RItemInfo> items;
+             return disk.RecyclebinList(items);
+         }},
+        {"RecyclebinListUtf8", binListing,
+         [](CNetDisk& disk, const wchar_t*, Outputs&) {
+             std::vector<_RItemInfoUTF8> items;
+             return disk.RecyclebinList(items);
+         }},
+        {"RecyclebinRecover", "{}",
+         [](CNetDisk& disk, const wchar_t*, Outputs&) { return disk.RecyclebinRecover(L"r"); }},
+        {"RecyclebinDel", "{}", [](CNetDisk& disk, const wchar_t*, Outputs&) { return disk.RecyclebinDel(L"r"); }},
     };
     return all;
 }
@@ -246,6 +310,19 @@ TEST_P(FaultSweep, EachSystemCall)
 TEST_P(FaultSweep, EachAllocation)
 {
     sweep("malloc");
+}
+
+TEST(RecordVectors, AreNullWithoutMemory)
+{
+    support::SystemCalls calls;
+    const auto withoutMemory = [&](auto make) {
+        calls.fail("malloc", 1, ERROR_NOT_ENOUGH_MEMORY);
+        return make();
+    };
+    EXPECT_EQ(withoutMemory(&CNetDisk::NewFileInfoVector), nullptr);
+    EXPECT_EQ(withoutMemory(&CNetDisk::NewFolderInfoVector), nullptr);
+    EXPECT_EQ(withoutMemory(&CNetDisk::NewPcodeInfoVector), nullptr);
+    EXPECT_EQ(withoutMemory(&CNetDisk::NewRItemInfoVector), nullptr);
 }
 
 INSTANTIATE_TEST_SUITE_P(NetDisk, FaultSweep, testing::ValuesIn(operations()),

@@ -1,4 +1,4 @@
-#include "support/ServiceFixture.h"
+#include "support/DiskCalls.h"
 
 #include <map>
 #include <mutex>
@@ -116,6 +116,84 @@ TEST_F(ConcurrencyTest, TheQuotaHoldsHoweverManyUploadAtOnce)
     EXPECT_EQ(statuses[200], 3);
     EXPECT_EQ(statuses[507], Clients - 3);
     EXPECT_EQ(clients[0].UsedSpace(), 300'000U);
+}
+
+TEST_F(ConcurrencyTest, ADownloadIsWholeOrRefusedWhenTheFileGoesForEver)
+{
+    const std::string content = SampleBytes(500'000);
+    ServiceClient owner = LoggedIn();
+    std::vector<ServiceClient> holders;
+    for (int i = 0; i < Clients; ++i)
+    {
+        holders.push_back(LoggedIn("user" + std::to_string(i)));
+    }
+    for (int round = 0; round < 10; ++round)
+    {
+        const std::string folder = AddFolder(owner, "shared");
+        const std::string key = PutFile(owner, "f", content, folder);
+        const std::string code = Share(owner, {key}).Text("pcode");
+        Together([&](int i) {
+            if (i == 0)
+            {
+                EXPECT_EQ(EraseFolder(owner, folder).status, 200);
+                return;
+            }
+            const Reply reply = Fetch(holders[static_cast<std::size_t>(i)], code, key);
+            EXPECT_TRUE(reply.status == 404 || (reply.status == 200 && reply.body == content)) << reply.status;
+        });
+    }
+    EXPECT_EQ(owner.UsedSpace(), 0U);
+    EXPECT_EQ(CountFiles(options_.dataFolder / "blobs"), 0U);
+}
+
+TEST_F(ConcurrencyTest, OppositeMovesNeverCloseACircle)
+{
+    ServiceClient owner = LoggedIn();
+    std::vector<ServiceClient> clients;
+    std::vector<std::string> folders;
+    for (int i = 0; i < Clients; ++i)
+    {
+        clients.push_back(LoggedIn());
+        folders.push_back(AddFolder(owner, "f" + std::to_string(i)));
+    }
+    // Each folder into the next one: the last move that comes would close the circle.
+    std::mutex mutex;
+    std::map<int, int> statuses;
+    Together([&](int i) {
+        const auto index = static_cast<std::size_t>(i);
+        const int status = MoveFolder(clients[index], folders[index], folders[(index + 1) % Clients]).status;
+        const std::lock_guard lock(mutex);
+        ++statuses[status];
+    });
+    EXPECT_EQ(statuses[200], Clients - 1);
+    EXPECT_EQ(statuses[409], 1);
+    EXPECT_EQ(NamesIn(owner).size(), 1U);
+}
+
+TEST_F(ConcurrencyTest, AnItemIsRestoredOrErasedButOnce)
+{
+    ServiceClient owner = LoggedIn();
+    std::vector<ServiceClient> clients;
+    for (int i = 0; i < Clients; ++i)
+    {
+        clients.push_back(LoggedIn());
+    }
+    const std::string folder = AddFolder(owner, "a");
+    PutFile(owner, "f", "content", folder);
+    RecycleFolder(owner, folder);
+    const std::string item = ItemNamed(owner, "a");
+    std::mutex mutex;
+    std::map<int, int> statuses;
+    Together([&](int i) {
+        ServiceClient& client = clients[static_cast<std::size_t>(i)];
+        const int status = (i % 2 == 0 ? Recover(client, item) : EraseItem(client, item)).status;
+        const std::lock_guard lock(mutex);
+        ++statuses[status];
+    });
+    EXPECT_EQ(statuses[200], 1);
+    EXPECT_EQ(statuses[404], Clients - 1);
+    EXPECT_TRUE(ListBin(owner).empty());
+    EXPECT_EQ(owner.UsedSpace(), NamesIn(owner).size() * 7);
 }
 
 } // namespace quorvex::services::test

@@ -1,7 +1,8 @@
+#include "support/DiskCalls.h"
 #include "support/RawHttp.h"
-#include "support/ServiceFixture.h"
 #include "support/ServiceProcess.h"
 
+#include <atomic>
 #include <chrono>
 #include <csignal>
 #include <functional>
@@ -166,6 +167,64 @@ TEST_F(KillTest, AmongManyUploadsKeepsAllThatWereAnswered)
     EXPECT_GE(files, seeds.size());
     EXPECT_LE(files, seeds.size() + clients);
     EXPECT_EQ(client.UsedSpace(), files * size);
+}
+
+TEST_F(KillTest, AmongChangesOfTheTreeLeavesItWhole)
+{
+    constexpr unsigned clients = 4;
+    constexpr std::size_t size = 10'000;
+    std::atomic<int> rounds{0};
+    {
+        ServiceProcess process = Start();
+        std::vector<std::jthread> threads;
+        for (unsigned i = 0; i < clients; ++i)
+        {
+            threads.emplace_back([&, i] {
+                try
+                {
+                    ServiceClient client(process.Port());
+                    client.Login("alice", "secret");
+                    for (unsigned seed = i;; seed += clients)
+                    {
+                        const std::string outer = AddFolder(client, "outer");
+                        const std::string inner = AddFolder(client, "inner", outer);
+                        PutFile(client, "f", SampleBytes(size, seed), inner);
+                        RecycleFolder(client, seed % 8 < clients ? inner : outer);
+                        if (seed % 8 < clients)
+                        {
+                            EraseFolder(client, outer);
+                        }
+                        ++rounds;
+                    }
+                }
+                catch (const std::exception&)
+                {
+                    // The process was killed.
+                }
+            });
+        }
+        EXPECT_TRUE(Await([&] { return rounds >= 20; }));
+        process.End(SIGKILL);
+    }
+
+    const ServiceProcess process = Start();
+    ServiceClient client = LoggedIn(process);
+    EXPECT_EQ(client.UsedSpace(), CountFiles(data_ / "blobs") * size);
+    for (const Json::Value& item : ListBin(client))
+    {
+        EXPECT_EQ(Recover(client, item["rs_id"].asString()).status, 200);
+    }
+    const Json::Value left = ListFolder(client).Json();
+    for (const Json::Value& folder : left["folders"])
+    {
+        EXPECT_EQ(EraseFolder(client, folder["fo_id"].asString()).status, 200);
+    }
+    for (const Json::Value& file : left["files"])
+    {
+        EXPECT_EQ(EraseFile(client, file["fkey"].asString()).status, 200);
+    }
+    EXPECT_EQ(client.UsedSpace(), 0U);
+    EXPECT_EQ(CountFiles(data_ / "blobs"), 0U);
 }
 
 TEST_F(KillTest, TermEndsTheProgramInOrder)

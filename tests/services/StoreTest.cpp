@@ -2,6 +2,7 @@
 #include "common/HttpAnswers.h"
 #include "netdisk/LargeFiles.h"
 #include "netdisk/NetDiskStore.h"
+#include "netdisk/RecycleBin.h"
 #include "support/TemporaryFolder.h"
 #include "support/UploadForms.h"
 
@@ -53,7 +54,9 @@ protected:
     PartialFiles partials_{database_, folder_.Path()};
     std::int64_t account_ = accounts_.Ensure("alice", "secret");
     std::int64_t other_ = accounts_.Ensure("bob", "secret");
-    NetDiskStore store_{database_, blobs_, partials_, [] { return 1; }, SmallLimits};
+    Folders folders_{database_, [] { return 1; }};
+    NetDiskStore store_{database_, blobs_, partials_, folders_, [] { return 1; }, SmallLimits};
+    RecycleBin bin_{database_, folders_, store_, [] { return 1; }};
     LargeFiles largeFiles_{database_, blobs_, partials_, store_};
 };
 
@@ -101,11 +104,11 @@ TEST_F(StoreTest, KeepsSpaceForFilesThatAreStillArriving)
 TEST_F(StoreTest, RecycledFilesTakeSpaceUntilTheyAreErased)
 {
     const std::string key = Add("a", "content");
-    store_.Recycle(account_, key);
+    bin_.RecycleFile(account_, key);
     EXPECT_EQ(Used(), 7U);
     EXPECT_EQ(BlobFiles(), 1U);
     EXPECT_EQ(StatusOf([&] { store_.Open(account_, key); }), Status::NotFound);
-    EXPECT_EQ(StatusOf([&] { store_.Recycle(account_, key); }), Status::NotFound);
+    EXPECT_EQ(StatusOf([&] { bin_.RecycleFile(account_, key); }), Status::NotFound);
 
     store_.Erase(account_, key);
     EXPECT_EQ(Used(), 0U);
@@ -120,7 +123,7 @@ TEST_F(StoreTest, AnUnfinishedFileIsNotRecycledButErased)
     block.Confirm();
     EXPECT_EQ(CountFiles(folder_.Path() / "partial"), 1U);
 
-    store_.Recycle(account_, key);
+    bin_.RecycleFile(account_, key);
     EXPECT_EQ(Used(), 0U);
     EXPECT_EQ(CountFiles(folder_.Path() / "partial"), 0U);
 }
@@ -130,7 +133,7 @@ TEST_F(StoreTest, ADiskIsItsOwnersAlone)
     const std::string key = Add("a", "content");
     EXPECT_EQ(StatusOf([&] { store_.Open(other_, key); }), Status::NotFound);
     EXPECT_EQ(StatusOf([&] { store_.Modify(other_, key, "", "b"); }), Status::NotFound);
-    EXPECT_EQ(StatusOf([&] { store_.Recycle(other_, key); }), Status::NotFound);
+    EXPECT_EQ(StatusOf([&] { bin_.RecycleFile(other_, key); }), Status::NotFound);
     EXPECT_EQ(StatusOf([&] { store_.Erase(other_, key); }), Status::NotFound);
     EXPECT_EQ(store_.GetCapacity(other_).used, 0U);
     EXPECT_EQ(store_.Open(account_, key).name, "a");
@@ -182,8 +185,7 @@ TEST_F(StoreTest, RecoversFromLeftOvers)
 TEST_F(StoreTest, MigratesOnlyOnce)
 {
     const std::string key = Add("a", "content");
-    const NetDiskStore again(
-        database_, blobs_, partials_, [] { return 1; }, SmallLimits);
+    const Folders again(database_, [] { return 1; });
     EXPECT_EQ(store_.Open(account_, key).name, "a");
 }
 

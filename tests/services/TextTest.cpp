@@ -53,4 +53,14 @@ TEST(Text, RefusesWhatIsNotUtf8)
     }
 }
 
+TEST(Text, IsCutBetweenCharacters)
+{
+    EXPECT_EQ(CutToUtf16Units("abc", 3), "abc");
+    EXPECT_EQ(CutToUtf16Units("abcd", 3), "abc");
+    EXPECT_EQ(CutToUtf16Units("", 3), "");
+    EXPECT_EQ(CutToUtf16Units("\xE4\xB8\xAD\xE6\x96\x87x", 2), "\xE4\xB8\xAD\xE6\x96\x87");
+    EXPECT_EQ(CutToUtf16Units("a\xF0\x9F\x98\x80", 2), "a");
+    EXPECT_EQ(CutToUtf16Units("a\xF0\x9F\x98\x80", 3), "a\xF0\x9F\x98\x80");
+}
+
 } // namespace quorvex::services::test

@@ -1,10 +1,9 @@
 #include "wire/Arguments.h"
 
 #include "support/Text.h"
+#include "wire/Scanner.h"
 
 #include <algorithm>
-#include <cctype>
-#include <cstdlib>
 #include <cstring>
 #include <utility>
 
@@ -15,86 +14,36 @@ namespace
 
 using Kind = ArgumentForm::Kind;
 
-/// Reads arguments from left to right.
-class Scanner
-{
-public:
-    explicit Scanner(std::string_view raw) : m_rest(raw) {}
-
-    bool atEnd()
-    {
-        skipBlanks();
-        return m_rest.empty();
-    }
-
-    bool isAt(std::string_view token)
-    {
-        skipBlanks();
-        return m_rest.starts_with(token);
-    }
-
-    bool accept(std::string_view token)
-    {
-        if (!isAt(token))
-            return false;
-        m_rest.remove_prefix(token.size());
-        return true;
-    }
-
-    void expect(std::string_view token)
-    {
-        if (!accept(token))
-            throw CaseError("expected " + std::string(token) + " before: " + std::string(m_rest));
-    }
-
-    /// The inside of a quoted text, its escapes left as they are.
-    std::string_view quoted()
-    {
-        expect("\"");
-        std::size_t end = 0;
-        while (end < m_rest.size() && m_rest[end] != '"')
-            end += m_rest[end] == '\\' ? 2 : 1;
-        if (end >= m_rest.size())
-            throw CaseError("a text without an end");
-        const std::string_view inside = m_rest.substr(0, end);
-        m_rest.remove_prefix(end + 1);
-        return inside;
-    }
-
-    std::string word()
-    {
-        skipBlanks();
-        const auto isPart = [](unsigned char c) { return c < 0x80 && (std::isalnum(c) != 0 || c == '-' || c == '_'); };
-        const auto end = std::ranges::find_if_not(m_rest, isPart);
-        std::string found(m_rest.begin(), end);
-        if (found.empty())
-            throw CaseError("expected a name or a number before: " + std::string(m_rest));
-        m_rest.remove_prefix(found.size());
-        return found;
-    }
-
-    long long number()
-    {
-        const std::string digits = word();
-        char* end = nullptr;
-        const long long value = std::strtoll(digits.c_str(), &end, 0);
-        if (*end != '\0')
-            throw CaseError("not a number: " + digits);
-        return value;
-    }
-
-private:
-    void skipBlanks() { m_rest.remove_prefix(std::min(m_rest.find_first_not_of(' '), m_rest.size())); }
-
-    std::string_view m_rest;
-};
-
 void parseRoom(Scanner& scanner, ArgumentForm& form)
 {
     form.name = scanner.word();
     scanner.expect("[");
     form.number = scanner.number();
     scanner.expect("]");
+}
+
+/// @return which kind of records stands there, or nothing
+std::string acceptRecordsKind(Scanner& scanner)
+{
+    for (const std::string& kind : recordsKinds())
+        if (scanner.accept(kind + " "))
+            return kind;
+    return {};
+}
+
+/// {"k1", 198*"k2"}; nothing where the vector shall be empty.
+std::vector<std::string> parseKeys(Scanner& scanner, const Variables& variables)
+{
+    std::vector<std::string> keys;
+    if (!scanner.accept("{"))
+        return keys;
+    do
+    {
+        const std::size_t count = scanner.repetition();
+        keys.insert(keys.end(), count, expand(scanner.quoted(), variables));
+    } while (scanner.accept(","));
+    scanner.expect("}");
+    return keys;
 }
 
 ArgumentForm parseArgument(Scanner& scanner, const Variables& variables)
@@ -122,6 +71,13 @@ ArgumentForm parseArgument(Scanner& scanner, const Variables& variables)
     {
         form.kind = Kind::Data;
         form.text = expand(scanner.quoted(), variables);
+    }
+    else if (const std::string records = acceptRecordsKind(scanner); !records.empty())
+    {
+        form.kind = Kind::Records;
+        form.recordsKind = records;
+        form.name = scanner.word();
+        form.keys = parseKeys(scanner, variables);
     }
     else if (scanner.isAt("\""))
     {
@@ -217,11 +173,13 @@ Arguments::Arguments(const std::vector<ArgumentForm>& forms)
 {
     for (const ArgumentForm& form : forms)
     {
-        Argument argument{form, support::toWide(form.text), std::nullopt};
+        Argument argument{form, support::toWide(form.text), std::nullopt, nullptr};
         if (form.kind == Kind::OutWide)
             argument.memory.emplace(static_cast<std::size_t>(form.number) * sizeof(wchar_t));
         else if (form.kind == Kind::OutBytes)
             argument.memory.emplace(static_cast<std::size_t>(form.number));
+        else if (form.kind == Kind::Records)
+            argument.records = makeRecords(form.recordsKind, form.keys);
         m_arguments.push_back(std::move(argument));
     }
 }
@@ -266,6 +224,9 @@ void* Arguments::buffer(std::size_t index)
 
 std::string Arguments::difference(const Argument& argument, const std::string* expected, const Variables& variables)
 {
+    if (argument.records)
+        return argument.records->difference(expected == nullptr || *expected == "unchanged" ? nullptr : expected,
+                                            variables);
     const GuardedBuffer& memory = *argument.memory;
     if (!memory.isGuardIntact())
         return "bytes outside of its room were written";
@@ -296,7 +257,7 @@ std::vector<std::string> Arguments::differences(const std::map<std::string, std:
     std::size_t known = 0;
     for (const Argument& argument : m_arguments)
     {
-        if (!argument.memory)
+        if (!argument.memory && !argument.records)
             continue;
         const auto value = expected.find(argument.form.name);
         known += value != expected.end() ? 1 : 0;

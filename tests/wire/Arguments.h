@@ -1,9 +1,11 @@
 #pragma once
 
 #include "wire/Pattern.h"
+#include "wire/Records.h"
 
 #include <cstddef>
 #include <map>
+#include <memory>
 #include <optional>
 #include <string>
 #include <string_view>
@@ -23,13 +25,16 @@ struct ArgumentForm
         Data,      ///< data "bytes"
         OutNumber, ///< out name, or out name=17
         OutWide,   ///< wide name[34]
-        OutBytes   ///< bytes name[10]
+        OutBytes,  ///< bytes name[10]
+        Records    ///< files name, or files name{"key", 3*"key"}; also folders, pcodes ...
     };
 
     Kind kind = Kind::Null;
     std::string name;
     std::string text;
     long long number = 0; ///< a number's value; a buffer's room
+    std::string recordsKind;
+    std::vector<std::string> keys; ///< of the records that the vector holds before the call
 };
 
 std::vector<ArgumentForm> parseArguments(std::string_view raw, const Variables& variables);
@@ -84,6 +89,24 @@ public:
         return *value;
     }
 
+    /// @return whether the argument is a vector of these records
+    template <class Record>
+    bool holds(std::size_t index) const
+    {
+        return index < count() &&
+               dynamic_cast<const RecordVector<Record>*>(m_arguments[index].records.get()) != nullptr;
+    }
+
+    template <class Record>
+    std::vector<Record>& records(std::size_t index)
+    {
+        Argument& argument = at(index, ArgumentForm::Kind::Records);
+        auto* const vector = dynamic_cast<RecordVector<Record>*>(argument.records.get());
+        if (vector == nullptr)
+            throw CaseError("argument " + std::to_string(index + 1) + " is a vector of other records");
+        return vector->records();
+    }
+
     /// Holds the written values against the expected ones (raw, by name); what is not expected must be unchanged.
     std::vector<std::string> differences(const std::map<std::string, std::string>& expected,
                                          const Variables& variables) const;
@@ -94,6 +117,7 @@ private:
         ArgumentForm form;
         std::wstring wideText;
         std::optional<GuardedBuffer> memory;
+        std::unique_ptr<Records> records;
         bool isSigned = false;
     };
 

@@ -12,9 +12,10 @@ namespace
 {
 
 using Ulong = unsigned long;
+using namespace quorvex::netdisk;
 
 /// Opens what is protected.
-class OpenNetDisk : public quorvex::netdisk::CNetDisk
+class OpenNetDisk : public CNetDisk
 {
 public:
     using CNetDisk::CNetDisk;
@@ -40,6 +41,23 @@ std::string shown(bool result)
 std::string shown(const wchar_t* result)
 {
     return result == nullptr ? "null" : "\"" + support::toUtf8(result) + "\"";
+}
+
+std::string folderList(OpenNetDisk& disk, Arguments& a)
+{
+    if (a.holds<_FileInfo>(1))
+        return shown(disk.FolderList(a.text(0), a.records<_FileInfo>(1), a.records<_FolderInfo>(2)));
+    return shown(disk.FolderList(a.text(0), a.records<_FileInfoUTF8>(1), a.records<_FolderInfoUTF8>(2)));
+}
+
+/// Vectors of a call are released where the call ends; a case can only release none.
+template <auto Delete>
+std::string deletesNull(OpenNetDisk&, Arguments& a)
+{
+    if (a.text(0) != nullptr)
+        throw CaseError("only null can be deleted");
+    Delete(nullptr);
+    return "void";
 }
 
 using Operation = std::function<std::string(OpenNetDisk&, Arguments&)>;
@@ -114,6 +132,47 @@ const std::map<std::string, Operation>& operations()
              return shown(disk.CapacityInfo(a.template out<unsigned long long>(0),
                                             a.template out<unsigned long long>(1), a.template out<Ulong>(2)));
          }},
+        {"FolderAdd",
+         [](auto& disk, auto& a) {
+             return shown(disk.FolderAdd(a.text(0), a.text(1), a.wide(2), a.template number<Ulong>(3)));
+         }},
+        {"FolderModi", [](auto& disk, auto& a) { return shown(disk.FolderModi(a.text(0), a.text(1), a.text(2))); }},
+        {"FolderDel", [](auto& disk, auto& a) { return shown(disk.FolderDel(a.text(0))); }},
+        {"FolderDel4ever", [](auto& disk, auto& a) { return shown(disk.FolderDel4ever(a.text(0))); }},
+        {"FolderList", folderList},
+        {"PcodeCreate",
+         [](auto& disk, auto& a) {
+             return shown(disk.PcodeCreate(a.template records<_FileInfo>(0), a.template number<Ulong>(1), a.wide(2),
+                                           a.template number<Ulong>(3)));
+         }},
+        {"PcodeDelete", [](auto& disk, auto& a) { return shown(disk.PcodeDelete(a.template records<_PcodeInfo>(0))); }},
+        {"PcodeList",
+         [](auto& disk, auto& a) {
+             return shown(disk.PcodeList(a.template number<Ulong>(0), a.template records<_PcodeInfo>(1)));
+         }},
+        {"PcodeInfo",
+         [](auto& disk, auto& a) { return shown(disk.PcodeInfo(a.text(0), a.template records<_FileInfo>(1))); }},
+        {"PcodeDefer",
+         [](auto& disk, auto& a) { return shown(disk.PcodeDefer(a.text(0), a.template number<Ulong>(1))); }},
+        {"PcodeSave", [](auto& disk, auto& a) { return shown(disk.PcodeSave(a.text(0), a.text(1))); }},
+        {"PcodeDown",
+         [](auto& disk, auto& a) { return shown(disk.PcodeDown(a.text(0), a.text(1), a.text(2), a.text(3))); }},
+        {"LargePcodeDown",
+         [](auto& disk, auto& a) {
+             return shown(disk.LargePcodeDown(a.text(0), a.text(1), a.template number<Ulong>(2), a.buffer(3),
+                                              a.template out<Ulong>(4)));
+         }},
+        {"RecyclebinList",
+         [](auto& disk, auto& a) {
+             return shown(a.template holds<_RItemInfo>(0) ? disk.RecyclebinList(a.template records<_RItemInfo>(0))
+                                                          : disk.RecyclebinList(a.template records<_RItemInfoUTF8>(0)));
+         }},
+        {"RecyclebinRecover", [](auto& disk, auto& a) { return shown(disk.RecyclebinRecover(a.text(0))); }},
+        {"RecyclebinDel", [](auto& disk, auto& a) { return shown(disk.RecyclebinDel(a.text(0))); }},
+        {"DeleteFileInfoVector", deletesNull<&CNetDisk::DeleteFileInfoVector>},
+        {"DeleteFolderInfoVector", deletesNull<&CNetDisk::DeleteFolderInfoVector>},
+        {"DeletePcodeInfoVector", deletesNull<&CNetDisk::DeletePcodeInfoVector>},
+        {"DeleteRItemInfoVector", deletesNull<&CNetDisk::DeleteRItemInfoVector>},
     };
     return all;
 }

@@ -1,7 +1,10 @@
 // What finds differences is tested for finding them.
 
+#include "wire/Arguments.h"
 #include "wire/CaseFile.h"
 #include "wire/Comparison.h"
+
+#include <quorvex/NetDiskRecords.h>
 
 #include <gtest/gtest.h>
 
@@ -75,6 +78,57 @@ TEST(Patterns, CountWhatFollowsTheHead)
     Pattern pattern("Content-Length: ${length}\\r\\n\\r\\nab${boundary}", variables);
     pattern.resolveLength();
     EXPECT_TRUE(pattern.match("Content-Length: 42\r\n\r\nab" + boundaryA).matched);
+}
+
+/// What is found to differ in a vector of three records.
+std::string recordsDifference(std::string_view kind, const std::string& expected)
+{
+    return makeRecords(kind, {"a", "b", "b"})->difference(&expected, variables);
+}
+
+TEST(RecordVectors, HoldWhatTheyAreGiven)
+{
+    EXPECT_EQ(recordsDifference("files", R"({fkey="a"} 2*{fkey="b"})"), "");
+    EXPECT_EQ(recordsDifference("files-utf8", R"({fkey="a"} {fkey="b", size=0, name=""} {fkey="b"})"), "");
+    EXPECT_EQ(recordsDifference("folders", R"({fo_id="a"} 2*{fo_id="b"})"), "");
+    EXPECT_EQ(recordsDifference("folders-utf8", R"({fo_id="a"} 2*{fo_id="b"})"), "");
+    EXPECT_EQ(recordsDifference("pcodes", R"({pcode="a"} 2*{pcode="b"})"), "");
+    EXPECT_EQ(recordsDifference("items", R"({rs_id="a"} 2*{rs_id="b"})"), "");
+    EXPECT_EQ(recordsDifference("items-utf8", R"({rs_id="a"} 2*{rs_id="b"})"), "");
+}
+
+TEST(RecordVectors, ShowWhatDiffers)
+{
+    EXPECT_EQ(recordsDifference("files", R"({fkey="a"})"), "has 3 records instead of 1");
+    EXPECT_EQ(recordsDifference("files", ""), "has 3 records instead of 0");
+    EXPECT_EQ(recordsDifference("files", R"({fkey="a"} {fkey="b", ctime=-1} {fkey="b"})"),
+              R"(record 2 is {fkey="b"} instead of {fkey="b", ctime=-1})");
+    EXPECT_EQ(recordsDifference("items-utf8", R"(2*{rs_id="a"} {rs_id="b"})"),
+              R"(record 2 is {rs_id="b"} instead of {rs_id="a"})");
+}
+
+TEST(RecordVectors, MustBeAsBeforeUnlessSomethingIsExpected)
+{
+    const auto forms = parseArguments(R"((files f{"a"}, items i))", variables);
+    Arguments arguments(forms);
+    EXPECT_TRUE(arguments.differences({}, variables).empty());
+    auto& files = arguments.records<quorvex::netdisk::_FileInfo>(0);
+    files[0].size = 7;
+    EXPECT_EQ(arguments.differences({}, variables).size(), 1u);
+    EXPECT_TRUE(arguments.differences({{"f", R"({fkey="a", size=7})"}}, variables).empty());
+    arguments.records<quorvex::netdisk::_RItemInfo>(1).emplace_back();
+    EXPECT_EQ(arguments.differences({{"f", R"({fkey="a", size=7})"}}, variables).size(), 1u);
+    EXPECT_TRUE(arguments.holds<quorvex::netdisk::_FileInfo>(0));
+    EXPECT_FALSE(arguments.holds<quorvex::netdisk::_FileInfoUTF8>(0));
+    EXPECT_THROW(arguments.records<quorvex::netdisk::_PcodeInfo>(0), CaseError);
+}
+
+TEST(RecordVectors, RefuseWhatTheyDoNotKnow)
+{
+    for (const char* expected : {R"({nobody="a"})", "{size}", R"({fkey="${34*x}"})", R"({fkey="a"} 2)", "{fkey=\"a\""})
+        EXPECT_THROW(recordsDifference("files", expected), CaseError) << expected;
+    EXPECT_THROW(makeRecords("nothing", {}), CaseError);
+    EXPECT_THROW(parseArguments("(files f{)", variables), CaseError);
 }
 
 TEST(ArgumentLists, AreRead)

@@ -1,0 +1,190 @@
+#include "NetDiskCommands.h"
+
+#include "Download.h"
+#include "Failure.h"
+#include "Listings.h"
+#include "Paths.h"
+#include "Progress.h"
+#include "ReportValues.h"
+#include "Session.h"
+#include "Table.h"
+#include "Text.h"
+#include "Times.h"
+
+#include <algorithm>
+#include <array>
+
+namespace quorvex::console
+{
+namespace
+{
+
+/// As the server numbers them.
+unsigned long NumberOf(const std::string& shareType)
+{
+    if (shareType == "alive")
+        return 1;
+    return shareType == "expired" ? 2 : 0;
+}
+
+Json::Value Texts(const std::vector<std::string>& texts)
+{
+    Json::Value array(Json::arrayValue);
+    for (const std::string& each : texts)
+        array.append(each);
+    return array;
+}
+
+/// All files of the share code, or the one that the options name.
+std::vector<FileEntry> ChosenFiles(const netdisk::CNetDisk& disk, const Options& options)
+{
+    std::vector<FileEntry> files = ListShared(disk, options.pcode);
+    if (!options.fileId.empty())
+        std::erase_if(files, [&](const FileEntry& each) { return each.key != options.fileId; });
+    return files;
+}
+
+std::vector<DownloadSource> SourcesOf(const netdisk::CNetDisk& disk, const Options& options,
+                                      const std::vector<FileEntry>& files)
+{
+    if (files.empty())
+        throw Failure("the share code " + options.pcode +
+                      (options.fileId.empty() ? " has no files" : " has no file " + options.fileId));
+    std::vector<DownloadSource> sources;
+    sources.reserve(files.size());
+    for (const FileEntry& file : files)
+        sources.push_back(FromShare(disk, options.pcode, file));
+    return sources;
+}
+
+/// Where each of the files goes; several need a folder.
+std::vector<std::filesystem::path> TargetsOf(const std::string& out, const std::vector<DownloadSource>& sources)
+{
+    std::error_code error;
+    if (sources.size() > 1 && !out.empty() && !std::filesystem::is_directory(Wide(out), error))
+        throw Failure(out + " is no folder, and the share code has " + std::to_string(sources.size()) + " files");
+    std::vector<std::wstring> names;
+    names.reserve(sources.size());
+    for (const DownloadSource& each : sources)
+        names.push_back(each.remote.name);
+    std::vector<std::filesystem::path> targets;
+    for (const std::wstring& name : DistinctNames(std::move(names)))
+        targets.push_back(TargetOf(out, name));
+    return targets;
+}
+
+Report SharedReport(const std::string& pcode, const std::vector<FileEntry>& files)
+{
+    Table table{"FID", "SIZE>", "NAME"};
+    Json::Value array(Json::arrayValue);
+    for (const FileEntry& each : files)
+    {
+        table.Add({each.key, SizeText(each.size), each.name});
+        Json::Value object;
+        object["fid"] = each.key;
+        object["name"] = each.name;
+        object["size"] = Json::UInt64{each.size};
+        object["md5"] = each.md5;
+        array.append(object);
+    }
+    Report report;
+    report.AddData("pcode", pcode);
+    report.AddData("files", array);
+    report.AddText(table.Text());
+    return report;
+}
+
+} // namespace
+
+Report ShareCommand(const Options& options)
+{
+    std::vector<netdisk::_FileInfo> files(options.keys.size());
+    for (std::size_t i = 0; i < files.size(); ++i)
+        SetField(files[i].fkey, Wide(options.keys[i]));
+    const auto disk = LogIn(options);
+    std::array<wchar_t, 64> pcode{};
+    Check(disk->PcodeCreate(files, options.span, pcode.data(), static_cast<unsigned long>(pcode.size())),
+          "cannot share " + (files.size() == 1 ? options.keys.front() : std::to_string(files.size()) + " files"));
+    Report report;
+    report.Add("pcode", ToUtf8(pcode.data()));
+    report.Add("files", Json::UInt64{files.size()}, std::to_string(files.size()));
+    AddSpan(report, "lives_for", options.span);
+    return report;
+}
+
+Report SharesCommand(const Options& options)
+{
+    const auto disk = LogIn(options);
+    const std::vector<ShareEntry> shares = ListShares(*disk, NumberOf(options.shareType));
+    Table table{"PCODE", "CREATED", "ENDS", "DOWNLOADS>"};
+    for (const ShareEntry& each : shares)
+        table.Add(
+            {each.pcode, LocalTimeText(each.created), LocalTimeText(each.deadline), std::to_string(each.downloads)});
+    Report report;
+    report.AddData("pcodes", ToJson(shares));
+    report.AddText(shares.empty() ? "there are none\n" : table.Text());
+    return report;
+}
+
+Report UnshareCommand(const Options& options)
+{
+    std::vector<netdisk::_PcodeInfo> pcodes(options.pcodes.size());
+    for (std::size_t i = 0; i < pcodes.size(); ++i)
+        SetField(pcodes[i].pcode, Wide(options.pcodes[i]));
+    const auto disk = LogIn(options);
+    Check(disk->PcodeDelete(pcodes),
+          "cannot end " + (pcodes.size() == 1 ? "the share code " + options.pcodes.front()
+                                              : std::to_string(pcodes.size()) + " share codes"));
+    Report report;
+    report.AddData("pcodes", Texts(options.pcodes));
+    for (const std::string& each : options.pcodes)
+        report.AddText("ended  " + each + '\n');
+    return report;
+}
+
+Report ExtendCommand(const Options& options)
+{
+    const auto disk = LogIn(options);
+    Check(disk->PcodeDefer(Wide(options.pcode).c_str(), options.span), "cannot extend the share code " + options.pcode);
+    Report report;
+    report.Add("pcode", options.pcode);
+    AddSpan(report, "extended_by", options.span);
+    return report;
+}
+
+Report SaveCommand(const Options& options)
+{
+    const auto disk = LogIn(options);
+    Check(disk->PcodeSave(Wide(options.pcode).c_str(), Wide(options.inFolder).c_str()),
+          "cannot save the files of the share code " + options.pcode);
+    Report report;
+    report.Add("pcode", options.pcode);
+    report.Add("folder", options.inFolder);
+    return report;
+}
+
+Report FetchCommand(const Options& options)
+{
+    const auto disk = LogIn(options);
+    const std::vector<FileEntry> files = ChosenFiles(*disk, options);
+    if (options.listOnly)
+        return SharedReport(options.pcode, files);
+    const std::vector<DownloadSource> sources = SourcesOf(*disk, options, files);
+    const std::vector<std::filesystem::path> targets = TargetsOf(options.out, sources);
+
+    Report report;
+    Json::Value array(Json::arrayValue);
+    for (std::size_t i = 0; i < sources.size(); ++i)
+    {
+        Report each;
+        each.Add("fid", files[i].key);
+        AddDownload(each, Download(sources[i], targets[i], options));
+        array.append(each.Data());
+        report.AddText((i == 0 ? "" : "\n") + each.ForPeople());
+    }
+    report.AddData("pcode", options.pcode);
+    report.AddData("files", array);
+    return report;
+}
+
+} // namespace quorvex::console
