@@ -26,5 +26,11 @@ start_server() {
     exec 9>&-
 }
 
+# Now and then a randomised address space has something else where Windows keeps its shared data, and
+# Wine gives up without a word (once in some thousand starts). Where it is allowed, Wine therefore runs
+# with a plain one.
+run_plain=()
+if setarch -R true 2>/dev/null; then run_plain=(setarch -R); fi
+
 start_server
-exec wine "$@"
+exec "${run_plain[@]}" wine "$@"

@@ -15,6 +15,14 @@
 namespace quorvex
 {
 
+template <class Type>
+concept Number = std::same_as<Type, int> || std::same_as<Type, unsigned int> || std::same_as<Type, long> ||
+    std::same_as<Type, unsigned long>;
+
+/// @return where to cut a text at `count` bytes at the latest: before a character of UTF-8 that would be halved; bytes
+///         that are no UTF-8 are cut anywhere
+std::size_t WholeUtf8(std::string_view text, std::size_t count);
+
 /// Narrow text; wide pieces are converted.
 template <std::size_t Size, Platform::CodePage WidePieces = Platform::CodePage::Utf8>
 class NarrowText
@@ -22,11 +30,7 @@ class NarrowText
 public:
     NarrowText& operator<<(std::string_view piece)
     {
-        std::size_t count = std::min(piece.size(), Room());
-        while (count > 0 && count < piece.size() && IsContinuation(piece[count]))
-        {
-            --count;
-        }
+        const std::size_t count = WholeUtf8(piece, std::min(piece.size(), Room()));
         piece.copy(m_text.data() + m_length, count);
         m_length += count;
         return *this;
@@ -35,6 +39,8 @@ public:
     NarrowText& operator<<(std::wstring_view piece)
     {
         m_length += Platform::ToNarrow(piece, WidePieces, std::span(m_text).subspan(m_length, Room()));
+        // A conversion that found too little room may have left something behind the text.
+        m_text[m_length] = '\0';
         return *this;
     }
 
@@ -43,8 +49,12 @@ public:
     {
         return *this << (piece != nullptr ? std::wstring_view(piece) : std::wstring_view());
     }
+    NarrowText& operator<<(const char* piece)
+    {
+        return *this << (piece != nullptr ? std::string_view(piece) : std::string_view());
+    }
 
-    NarrowText& operator<<(std::unsigned_integral auto number)
+    NarrowText& operator<<(Number auto number)
     {
         std::array<char, 24> digits;
         const auto end = std::to_chars(digits.data(), digits.data() + digits.size(), number).ptr;
@@ -56,7 +66,6 @@ public:
     std::string_view view() const { return {m_text.data(), m_length}; }
 
 private:
-    static bool IsContinuation(char byte) { return (static_cast<unsigned char>(byte) & 0xC0U) == 0x80U; }
     std::size_t Room() const { return Size - 1 - m_length; }
 
     std::array<char, Size> m_text = {};
@@ -70,14 +79,15 @@ class WideText
 public:
     WideText& operator<<(std::wstring_view piece)
     {
-        std::size_t count = std::min(piece.size(), Size - 1 - m_length);
-        if (count < piece.size())
+        const std::wstring_view kept = piece.substr(0, Size - 1 - m_length);
+        kept.copy(m_text.data() + m_length, kept.size());
+        m_length += kept.size();
+        if (kept.size() < piece.size())
         {
             m_isCut = true;
-            count -= count > 0 && Platform::IsHighSurrogate(piece[count - 1]) ? 1U : 0U;
+            m_length -= !kept.empty() && Platform::IsHighSurrogate(m_text[m_length - 1]) ? 1 : 0;
+            m_text[m_length] = L'\0';
         }
-        piece.copy(m_text.data() + m_length, count);
-        m_length += count;
         return *this;
     }
 
@@ -87,7 +97,7 @@ public:
         return *this << (piece != nullptr ? std::wstring_view(piece) : std::wstring_view());
     }
 
-    WideText& operator<<(std::integral auto number)
+    WideText& operator<<(Number auto number)
     {
         std::array<char, 24> digits;
         const auto end = std::to_chars(digits.data(), digits.data() + digits.size(), number).ptr;

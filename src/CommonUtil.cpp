@@ -1,6 +1,5 @@
 #include "CommonUtil.h"
 
-#include "Platform/CodePage.h"
 #include "Platform/LastError.h"
 #include "Platform/Random.h"
 
@@ -8,6 +7,24 @@
 
 namespace quorvex
 {
+
+namespace
+{
+
+template <class Character>
+std::unique_ptr<Character[]> Copy(const Character* text)
+{
+    if (text == nullptr)
+    {
+        return nullptr;
+    }
+    const std::size_t size = std::char_traits<Character>::length(text) + 1;
+    auto copy = std::make_unique_for_overwrite<Character[]>(size);
+    std::copy_n(text, size, copy.get());
+    return copy;
+}
+
+} // namespace
 
 LastErrorKeeper::LastErrorKeeper() : m_code(Platform::LastError())
 {
@@ -79,11 +96,11 @@ std::string PercentEncode(std::string_view text)
     return encoded;
 }
 
-void CopyToWide(std::string_view text, wchar_t* out, std::size_t capacity)
+void CopyToWide(std::string_view text, wchar_t* out, std::size_t capacity, Platform::CodePage codePage)
 {
     if (out != nullptr && capacity != 0)
     {
-        out[Platform::ToWide(text, Platform::CodePage::Utf8, {out, capacity - 1})] = L'\0';
+        out[Platform::ToWide(text, codePage, {out, capacity - 1})] = L'\0';
     }
 }
 
@@ -108,6 +125,16 @@ void CopyToUtf8(std::wstring_view text, char* out, std::size_t capacity)
     {
         out[Platform::ToNarrow(text, Platform::CodePage::Utf8, {out, capacity - 1})] = '\0';
     }
+}
+
+std::unique_ptr<wchar_t[]> CopyText(const wchar_t* text)
+{
+    return Copy(text);
+}
+
+std::unique_ptr<char[]> CopyText(const char* text)
+{
+    return Copy(text);
 }
 
 std::wstring Utf8ToWide(std::string_view text)

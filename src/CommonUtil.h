@@ -1,10 +1,12 @@
 #pragma once
 
+#include "Platform/CodePage.h"
 #include "SourceTag.h"
 
 #include <ferrolink/log.h>
 
 #include <cstddef>
+#include <memory>
 #include <string>
 #include <string_view>
 
@@ -90,11 +92,16 @@ std::wstring_view FieldText(const wchar_t (&field)[Size])
 /// Hands a text to the caller: one that does not fit is cut, never within a character, and it always ends with a
 /// zero. Nothing is written without a buffer or room.
 /// @param capacity room of the buffer in characters, the zero included
-void CopyToWide(std::string_view text, wchar_t* out, std::size_t capacity);
+void CopyToWide(std::string_view text, wchar_t* out, std::size_t capacity,
+                Platform::CodePage codePage = Platform::CodePage::Utf8);
 void CopyWide(std::wstring_view text, wchar_t* out, std::size_t capacity);
 
 /// @param capacity room of the buffer in bytes, the zero included
 void CopyToUtf8(std::wstring_view text, char* out, std::size_t capacity);
+
+/// @return an owned copy; null for null
+std::unique_ptr<wchar_t[]> CopyText(const wchar_t* text);
+std::unique_ptr<char[]> CopyText(const char* text);
 
 std::wstring Utf8ToWide(std::string_view text);
 std::string WideToUtf8(std::wstring_view text);

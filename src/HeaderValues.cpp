@@ -13,6 +13,14 @@ std::wstring_view From(std::wstring_view text, std::size_t position)
     return position < text.size() ? text.substr(position) : std::wstring_view();
 }
 
+/// @param parameters "name=value", with or without further ones behind a semicolon
+std::wstring_view ParameterValue(std::wstring_view parameters)
+{
+    const std::wstring_view first = parameters.substr(0, parameters.find(L';'));
+    const std::size_t equals = first.find(L'=');
+    return equals == std::wstring_view::npos ? first : first.substr(equals + 1);
+}
+
 } // namespace
 
 ContentDisposition ParseContentDisposition(std::wstring_view value)
@@ -24,10 +32,12 @@ ContentDisposition ParseContentDisposition(std::wstring_view value)
     const std::size_t nameEnd = value.find(L';', kNameStart + 1);
     if (nameEnd == std::wstring_view::npos)
     {
-        return {From(value, kNameStart), {}};
+        return {From(value, kNameStart), {}, {}};
     }
     const std::wstring_view second = From(value, nameEnd + kSecondValueOffset);
-    return {value.substr(kNameStart, nameEnd - kNameStart), second.substr(0, second.find(L';'))};
+    const std::size_t secondEnd = second.find(L';');
+    return {value.substr(kNameStart, nameEnd - kNameStart), second.substr(0, secondEnd),
+            secondEnd == std::wstring_view::npos ? std::wstring_view() : ParameterValue(From(second, secondEnd + 1))};
 }
 
 std::uint32_t ParseContentRangeTotal(std::wstring_view value)

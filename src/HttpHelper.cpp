@@ -3,6 +3,8 @@
 #include "BaseUrl.h"
 #include "BoundedText.h"
 #include "CommonUtil.h"
+#include "Multipart.h"
+#include "RequestBody.h"
 
 #include <quorvex/Results.h>
 
@@ -109,13 +111,22 @@ int CHttpHelper::CloseConnection()
     return Result::Ok;
 }
 
+int CHttpHelper::CheckConnection(const CHttpHelper* helper)
+{
+    if (helper != nullptr && helper->IsConnected())
+    {
+        return Result::Ok;
+    }
+    LOG_ERROR(L"Not connect to server.");
+    return Result::NotConnected;
+}
+
 int CHttpHelper::RequestGet(const wchar_t* objectPath, std::string& response)
 {
     response.clear();
-    if (!m_connection)
+    if (const int result = CheckConnection(this); result != Result::Ok)
     {
-        LOG_ERROR(L"Not connect to server.");
-        return Result::NotConnected;
+        return result;
     }
     Platform::Request request;
     if (!OpenRequest(request, L"GET", objectPath))
@@ -148,10 +159,9 @@ int CHttpHelper::RequestGet(const wchar_t* objectPath, std::string& response)
 int CHttpHelper::RequestPost(const wchar_t* objectPath, const char* body, std::string& response)
 {
     response.clear();
-    if (!m_connection)
+    if (const int result = CheckConnection(this); result != Result::Ok)
     {
-        LOG_ERROR(L"Not connect to server.");
-        return Result::NotConnected;
+        return result;
     }
     Platform::Request request;
     if (!OpenRequest(request, L"POST", objectPath))
@@ -191,6 +201,97 @@ bool CHttpHelper::OpenRequest(Platform::Request& request, const wchar_t* verb, c
     WideText<SERVER_URL_MAX_SIZE> url;
     url << m_serverPrefix << L"/" << objectPath;
     return request.Open(m_connection, verb, url.c_str(), kAcceptTypes.data());
+}
+
+int CHttpHelper::PostForm(const wchar_t* objectPath, const std::string& boundary,
+                          std::initializer_list<std::string_view> pieces, const FormMessages& messages,
+                          std::string& response)
+{
+    response.clear();
+    Platform::Request request;
+    if (!OpenRequest(request, L"POST", objectPath))
+    {
+        LOG_FAILED_CALL(messages.openFailed);
+        return Result::RequestOpenFailed;
+    }
+    if (const int result = SetRequestHeader(request); result != Result::Ok)
+    {
+        return result;
+    }
+    if (!request.AddHeader(Multipart::FormContentType(boundary)))
+    {
+        LOG_FAILED_CALL(messages.headerFailed);
+        return Result::HeaderAddFailed;
+    }
+    std::uint64_t length = 0;
+    for (const std::string_view piece : pieces)
+    {
+        length += piece.size();
+    }
+    if (!request.SendHead(length))
+    {
+        LOG_FAILED_CALL(messages.sendFailed);
+        return Result::UploadSendFailed;
+    }
+    for (const std::string_view piece : pieces)
+    {
+        WriteBody(request, piece);
+    }
+    if (!request.Receive())
+    {
+        LOG_FAILED_CALL(messages.receiveFailed);
+        return Result::ReceiveFailed;
+    }
+    if (const int result = GetResponse(request, response); result != Result::Ok)
+    {
+        return result;
+    }
+    LOG_DEBUG(messages.received << response << L"], size=" << response.size());
+    return Result::Ok;
+}
+
+int CHttpHelper::GetRange(Platform::Request& request, const wchar_t* objectPath, std::wstring_view rangeHeader,
+                          const RangeMessages& messages, RangeFailures failures)
+{
+    if (!OpenRequest(request, L"GET", objectPath))
+    {
+        LOG_FAILED_CALL(messages.openFailed);
+        return Result::RequestOpenFailed;
+    }
+    if (const int result = SetRequestHeader(request); result != Result::Ok)
+    {
+        return result;
+    }
+    if (!request.AddHeader(rangeHeader))
+    {
+        LOG_FAILED_CALL(messages.headerFailed);
+        return Result::RangeHeaderAddFailed;
+    }
+    if (!request.Send())
+    {
+        LOG_FAILED_CALL(messages.sendFailed);
+        if (failures.send != Result::Ok)
+        {
+            return failures.send;
+        }
+    }
+    else if (messages.sent != nullptr)
+    {
+        LOG_TRACE(messages.sent);
+    }
+    if (!request.Receive())
+    {
+        LOG_FAILED_CALL(messages.receiveFailed);
+        return failures.receive;
+    }
+    return Result::Ok;
+}
+
+std::wstring CHttpHelper::RangeHeader(std::uint32_t start, std::uint32_t size)
+{
+    WideText<100> header;
+    header << L"Range: bytes=" << start << L"-" << start + size - 1;
+    return header.c_str();
 }
 
 int CHttpHelper::SetRequestHeader(Platform::Request& request)

@@ -3,7 +3,9 @@
 #include "Platform/WinHttp.h"
 
 #include <cstdint>
+#include <initializer_list>
 #include <string>
+#include <string_view>
 
 namespace quorvex
 {
@@ -24,6 +26,11 @@ public:
 
     /// @return 0 always
     int CloseConnection();
+
+    /// What the clients' operations begin with.
+    /// @param helper null stands for one that could not be made
+    /// @return 0, or -100 with its line in the log
+    static int CheckConnection(const CHttpHelper* helper);
 
     bool IsConnected() const { return static_cast<bool>(m_connection); }
 
@@ -53,6 +60,51 @@ protected:
     /// Adds the five standard headers.
     /// @return 0, or -115 to -119 for the header that failed
     int SetRequestHeader(Platform::Request& request);
+
+    /// What the log says of a multipart form.
+    struct FormMessages
+    {
+        const wchar_t* openFailed;
+        const wchar_t* headerFailed;
+        const wchar_t* sendFailed;
+        const wchar_t* receiveFailed;
+        const wchar_t* received;
+    };
+
+    /// Posts a multipart form from memory.
+    /// @param objectPath path below the base URL
+    /// @param pieces     the body, written piece by piece as it lies there
+    /// @param response   receives the body of the answer, inflated
+    /// @return 0, -108, -109, -111, -113, -115 to -119, or what GetResponse returned
+    int PostForm(const wchar_t* objectPath, const std::string& boundary, std::initializer_list<std::string_view> pieces,
+                 const FormMessages& messages, std::string& response);
+
+    /// What the log says of a ranged request.
+    struct RangeMessages
+    {
+        const wchar_t* openFailed;
+        const wchar_t* headerFailed;
+        const wchar_t* sent = nullptr; ///< null for no line
+        const wchar_t* sendFailed;
+        const wchar_t* receiveFailed;
+    };
+
+    /// What ends a ranged request with which code; 0 goes on to the next step all the same.
+    struct RangeFailures
+    {
+        int send;
+        int receive;
+    };
+
+    /// Sends a GET for a range and receives the answer's head.
+    /// @param objectPath  path below the base URL
+    /// @param rangeHeader the whole header
+    /// @return 0, -108, -114, -115 to -119, or one of the codes given
+    int GetRange(Platform::Request& request, const wchar_t* objectPath, std::wstring_view rangeHeader,
+                 const RangeMessages& messages, RangeFailures failures);
+
+    /// @return the header that asks for a range, counted in 32 bits
+    static std::wstring RangeHeader(std::uint32_t start, std::uint32_t size);
 
 private:
     std::wstring m_serverPrefix;

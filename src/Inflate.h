@@ -56,7 +56,7 @@ private:
 /// @param out      the text is appended to it
 /// @param data     the compressed bytes
 /// @param encoding kEncodingGzip or kEncodingDeflate
-/// @return 0, also for a body that is cut between two blocks, or zlib's code
+/// @return 0, also for most bodies that end too early, or zlib's code
 int InflateToString(std::string& out, std::span<const char> data, std::uint32_t encoding);
 
 } // namespace quorvex

@@ -50,4 +50,28 @@ std::int64_t ReadInt64(const Json::Value& value)
     return static_cast<std::int64_t>(number);
 }
 
+int RefusedBy(int code, const char* errorinfo)
+{
+    LOG_ERROR(L"Response code=" << code << L", errorinfo=" << errorinfo);
+    return code;
+}
+
+const Json::Value& RequirePresent(const Json::Value& value, const char* failure)
+{
+    if (value.isNull())
+    {
+        throw ReplyFailure{failure};
+    }
+    return value;
+}
+
+const char* RequireString(const Json::Value& value, const char* failure)
+{
+    if (!value.isString())
+    {
+        throw ReplyFailure{failure};
+    }
+    return value.asCString();
+}
+
 } // namespace quorvex

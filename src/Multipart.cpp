@@ -65,4 +65,16 @@ std::string BlockHead(const std::string& boundary, std::string_view fileKey, std
                  "\r\n--", boundary, "\r\nContent-Disposition: form-data; name=\"upfile\"; filename=\"0\"\r\n\r\n"});
 }
 
+std::string ChunkHead(const std::string& boundary, std::string_view key, std::uint32_t first, std::uint32_t last)
+{
+    return Join({"--", boundary, "\r\nContent-Disposition: form-data; name=\"k\"\r\n\r\n", key, //
+                 "\r\n--", boundary, "\r\nContent-Disposition: form-data; name=\"rs\"\r\n\r\n",
+                 std::to_string(first), //
+                 "\r\n--", boundary, "\r\nContent-Disposition: form-data; name=\"re\"\r\n\r\n",
+                 std::to_string(last), //
+                 "\r\n--", boundary,
+                 "\r\nContent-Disposition: form-data; name=\"chunk\"; filename=\"0\"\r\nContent-Type: "
+                 "application/octet-stream\r\n\r\n"});
+}
+
 } // namespace quorvex::Multipart

@@ -26,6 +26,12 @@ std::string Tail(const std::string& boundary);
 std::string LargeFileForm(const std::string& boundary, std::uint32_t totalSize, std::string_view md5,
                           std::string_view fileName);
 
+/// What goes before a chunk of a depot file.
+/// @param key   in the service's code page
+/// @param first the chunk's first byte in the file
+/// @param last  its last byte
+std::string ChunkHead(const std::string& boundary, std::string_view key, std::uint32_t first, std::uint32_t last);
+
 /// What goes before a block of a large file.
 std::string BlockHead(const std::string& boundary, std::string_view fileKey, std::uint32_t position,
                       std::uint32_t size);

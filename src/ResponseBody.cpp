@@ -19,20 +19,6 @@ using Platform::Request;
 namespace
 {
 
-/// @return whether the encoding is one that can be undone
-bool QueryContentEncoding(const Request& request, std::uint32_t& encoding)
-{
-    std::array<wchar_t, 32> value = {};
-    if (!request.QueryText(Header::ContentEncoding, value))
-    {
-        // Too long a value is there all the same, and it is none of the two.
-        return Platform::LastError() != Platform::kInsufficientBuffer;
-    }
-    const std::wstring_view name = value.data();
-    encoding = name == L"gzip" ? kEncodingGzip : name == L"deflate" ? kEncodingDeflate : 0;
-    return encoding != 0;
-}
-
 int ReadBody(Request& request, std::string& body)
 {
     std::array<char, 4096> chunk;
@@ -53,37 +39,78 @@ int ReadBody(Request& request, std::string& body)
 
 int GetResponseAttribute(const Request& request, ResponseAttributes& attributes)
 {
-    if (!request.QueryNumber(Header::StatusCode, attributes.statusCode))
-    {
-        LOG_FAILED_CALL(L"HttpQueryInfo(HTTP_QUERY_STATUS_CODE) error");
-        return Result::StatusUnreadable;
-    }
-    // A response need not announce its length.
-    request.QueryNumber(Header::ContentLength, attributes.contentLength);
-
-    if (!QueryContentEncoding(request, attributes.encoding))
-    {
-        LOG_ERROR(L"HttpQueryInfo(HTTP_QUERY_CONTENT_ENCODING) not expected result in (gzip,deflate)");
-        return Result::ContentEncodingInvalid;
-    }
-    return Result::Ok;
-}
-
-int ReadResponseBody(Request& request, const ResponseAttributes& attributes, std::string& response)
-{
-    if (!attributes.IsCompressed())
-    {
-        return ReadBody(request, response);
-    }
-    std::string data;
-    if (const int result = ReadBody(request, data); result != Result::Ok)
+    if (const int result =
+            QueryStatusCode(request, attributes.statusCode, L"HttpQueryInfo(HTTP_QUERY_STATUS_CODE) error");
+        result != Result::Ok)
     {
         return result;
     }
-    const int result = InflateToString(response, data, attributes.encoding);
-    LOG_TRACE(L"GetResponse() Receive:[strData.size()=" << data.size() << L", strResponse.size()=" << response.size()
-                                                        << L"]");
-    return result;
+    request.QueryNumber(Header::ContentLength, attributes.contentLength);
+    return QueryContentEncoding(request, attributes.encoding,
+                                L"HttpQueryInfo(HTTP_QUERY_CONTENT_ENCODING) not expected result in (gzip,deflate)");
+}
+
+int QueryStatusCode(const Request& request, std::uint32_t& statusCode, const wchar_t* failure)
+{
+    if (request.QueryNumber(Header::StatusCode, statusCode))
+    {
+        return Result::Ok;
+    }
+    LOG_FAILED_CALL(failure);
+    return Result::StatusUnreadable;
+}
+
+int QueryContentEncoding(const Request& request, std::uint32_t& encoding, const wchar_t* failure)
+{
+    std::array<wchar_t, 32> value = {};
+    if (request.QueryText(Header::ContentEncoding, value))
+    {
+        const std::wstring_view name = value.data();
+        encoding = name == L"gzip" ? kEncodingGzip : name == L"deflate" ? kEncodingDeflate : 0;
+        if (encoding != 0)
+        {
+            return Result::Ok;
+        }
+    }
+    else if (Platform::LastError() != Platform::kInsufficientBuffer)
+    {
+        return Result::Ok;
+    }
+    // Too long a value is there all the same, and it is none of the two.
+    LOG_ERROR(failure);
+    return Result::ContentEncodingInvalid;
+}
+
+int ReadResponseBody(Request& request, const ResponseAttributes& attributes, std::string& response,
+                     std::size_t& receivedSize)
+{
+    if (!attributes.IsCompressed())
+    {
+        const int result = ReadBody(request, response);
+        receivedSize = response.size();
+        return result;
+    }
+    std::string data;
+    const int result = ReadBody(request, data);
+    receivedSize = data.size();
+    return result == Result::Ok ? InflateToString(response, data, attributes.encoding) : result;
+}
+
+int ReadGoodResponse(Request& request, const ResponseAttributes& attributes, std::string& response)
+{
+    if (attributes.statusCode != 200 && attributes.statusCode != 206)
+    {
+        LOG_ERROR(L"GetResponse() HTTP response fail:dwStatusCode=" << attributes.statusCode);
+        return static_cast<int>(attributes.statusCode);
+    }
+    std::size_t receivedSize = 0;
+    if (const int result = ReadResponseBody(request, attributes, response, receivedSize); result != Result::Ok)
+    {
+        return result;
+    }
+    LOG_TRACE(L"GetResponse() Receive:[strData.size()=" << receivedSize << L", strResponse.size()=" << response.size()
+                                                        << response);
+    return CheckContentLength(attributes, response);
 }
 
 int CheckContentLength(const ResponseAttributes& attributes, const std::string& response)

@@ -1,5 +1,6 @@
 #pragma once
 
+#include <cstddef>
 #include <cstdint>
 #include <string>
 
@@ -23,13 +24,29 @@ struct ResponseAttributes
     bool IsCompressed() const { return encoding != 0; }
 };
 
+/// Reads the three attributes. A length that is not announced stays 0.
 /// @return 0, -130 or -132
 int GetResponseAttribute(const Platform::Request& request, ResponseAttributes& attributes);
 
+/// The steps of GetResponseAttribute, for a service whose failures have other words.
+/// @param failure the line for a status that cannot be read
+/// @return 0 or -130
+int QueryStatusCode(const Platform::Request& request, std::uint32_t& statusCode, const wchar_t* failure);
+/// @param failure the line for an encoding that cannot be undone
+/// @return 0, also without the header; -132
+int QueryContentEncoding(const Platform::Request& request, std::uint32_t& encoding, const wchar_t* failure);
+
 /// Reads the whole body and inflates it when it is compressed.
-/// @param response the body is appended to it
+/// @param response     the body is appended to it
+/// @param receivedSize receives how many bytes came, before inflating
 /// @return 0, -107, or a zlib code
-int ReadResponseBody(Platform::Request& request, const ResponseAttributes& attributes, std::string& response);
+int ReadResponseBody(Platform::Request& request, const ResponseAttributes& attributes, std::string& response,
+                     std::size_t& receivedSize);
+
+/// Reads the response of a service for which only 200 and 206 are good; of any other nothing but the status is read.
+/// @param response the body is appended to it
+/// @return 0, -107, a zlib code, the status of a refused request, or 1 for a body of another length than announced
+int ReadGoodResponse(Platform::Request& request, const ResponseAttributes& attributes, std::string& response);
 
 /// Compares a body's size, after inflating, with its announced length.
 /// @return 0 when they agree or no length was announced, otherwise 1

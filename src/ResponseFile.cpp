@@ -2,7 +2,7 @@
 
 #include "CommonUtil.h"
 #include "Inflate.h"
-#include "Platform/File.h"
+#include "LocalFile.h"
 #include "Platform/LastError.h"
 #include "Platform/WinHttp.h"
 
@@ -124,14 +124,14 @@ int WriteFileDecompress(Request& request, const File& file, std::uint32_t encodi
 
 } // namespace
 
-int DownloadToFile(Request& request, const wchar_t* path, std::uint32_t encoding)
+int DownloadToFile(Request& request, const wchar_t* path, std::uint32_t encoding, DownloadRules rules)
 {
     File file;
     if (path == nullptr)
     {
         Platform::SetLastError(Platform::kInvalidName);
     }
-    if (path == nullptr || !file.OpenToWrite(path))
+    if (path == nullptr || !file.OpenToWrite(path, rules.existing))
     {
         LOG_LAST_ERROR();
         return Result::LocalFileFailed;
@@ -140,13 +140,8 @@ int DownloadToFile(Request& request, const wchar_t* path, std::uint32_t encoding
 
     const int result = encoding != 0 ? WriteFileDecompress(request, file, encoding) : WriteFilePlain(request, file);
 
-    if (!file.Close())
-    {
-        LOG_FAILED_CALL(L"CloseHandle fail");
-        return Result::LocalFileFailed;
-    }
-    LOG_TRACE(L"CloseHandle successfully");
-    return result;
+    const bool isClosed = CloseLocalFile(file);
+    return isClosed || !rules.isCloseFailureFatal ? result : Result::LocalFileFailed;
 }
 
 } // namespace quorvex

@@ -1,5 +1,7 @@
 #pragma once
 
+#include "Platform/File.h"
+
 #include <cstdint>
 
 namespace quorvex
@@ -10,11 +12,19 @@ namespace Platform
 class Request;
 }
 
+/// Where the downloads of the services differ.
+struct DownloadRules
+{
+    Platform::File::Existing existing;
+    /// Whether a file that cannot be closed is a failure, or only worth a line in the log.
+    bool isCloseFailureFatal;
+};
+
 /// Writes a response's body into a local file, inflating it on the way when it is compressed. The file is made when
-/// it is missing; an existing one is written from its start and not shortened.
+/// it is missing.
 /// @param path     where to; null stands for a name that must not be opened
 /// @param encoding kEncodingGzip, kEncodingDeflate, or 0 for a plain body
 /// @return 0; -120 when the file cannot be opened or closed; -107 when reading or writing broke off; a zlib code
-int DownloadToFile(Platform::Request& request, const wchar_t* path, std::uint32_t encoding);
+int DownloadToFile(Platform::Request& request, const wchar_t* path, std::uint32_t encoding, DownloadRules rules);
 
 } // namespace quorvex

@@ -83,7 +83,8 @@ public:
     /// @name Files
     /// @{
 
-    /// Uploads a whole file into the user's disk.
+    /// Uploads a whole file of less than 2 GiB into the user's disk. Of a file of 4 GiB and more only as much as the
+    /// low 32 bits of its size say would be sent.
     /// @param localFolder    folder of the file, without a trailing backslash
     /// @param fileName       the file's name there, which is also its name on the disk (at most 255 bytes of UTF-8)
     /// @param fileKeyOut     receives the file key; room for twice fileKeyOutSize characters
@@ -97,10 +98,11 @@ public:
     /// @param fileKey     file key
     /// @param localFolder an existing folder, without a trailing backslash
     /// @param fileName    local file name, or null for the name that the server gives. Such a name never leads out
-    ///                    of localFolder: one with a backslash, a slash or a colon is refused with -120.
+    ///                    of localFolder: one with a backslash, a slash or a colon is refused with -120, and so is
+    ///                    a device's (NUL, COM1 ...).
     /// @return 0; -108 not connected; -134 the server refused; -120 the local file cannot be created or closed;
     ///         -107 reading or writing broke off; a zlib code for a damaged body; a transport code, or the result of
-    ///         a failed relogin
+    ///         a failed relogin. Whether the whole file came is not checked: compare its size or MD5.
     int FileDownload(const wchar_t* fileKey, const wchar_t* localFolder, const wchar_t* fileName) const;
 
     /// Renames a file or moves it into another folder.
@@ -124,6 +126,7 @@ public:
     /// @param folder   folder of the file, without a trailing backslash
     /// @param fileName the file's name there
     /// @param fileSize receives the low 32 bits of the file's size; left as it was when the file cannot be opened
+    ///                 or is empty
     /// @param md5Out   room for 33 characters; receives 32 lowercase hexadecimal characters, or an empty text when
     ///                 the file cannot be read or is empty
     /// @return 0, whether or not the file could be read
@@ -132,7 +135,8 @@ public:
 
     /// @name Large files
     /// A large file is created by its name, size and MD5, sent in blocks of the caller's size in any order, and
-    /// finished. Blocks that the server has confirmed survive a broken connection.
+    /// finished. Blocks that the server has confirmed survive a broken connection. Sizes and offsets have 32 bits, a
+    /// block less than 2 GiB.
     /// @{
 
     /// Announces a local file to the server.
@@ -176,7 +180,7 @@ public:
     /// @param fileKey file key
     /// @param pos     offset of the range
     /// @param buffer  room for size bytes as given on entry; never more is written
-    /// @param size    in: bytes wanted; out, on success: bytes received
+    /// @param size    in: bytes wanted, at least 1, for a server reads none as all; out, on success: bytes received
     /// @return 0, also when fewer bytes came; -100 not connected; -135 buffer is null although size is not 0; an HTTP
     ///         status or a transport code
     int LargeFileDownload(const wchar_t* fileKey, unsigned long pos, void* buffer, unsigned long& size) const;

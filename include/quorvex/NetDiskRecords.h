@@ -3,7 +3,8 @@
 
 /// @file
 /// The records in which the network disk hands listings to its caller. They are plain values of a fixed layout;
-/// every text array holds text that ends with a zero, and times are as the server sends them.
+/// texts end with a zero, and one that is longer than its array, which no server in its senses sends, runs on into the
+/// fields behind it. Times are as the server sends them.
 
 namespace quorvex
 {
@@ -15,7 +16,7 @@ struct _FileInfo
 {
     wchar_t fkey[33];       ///< file key
     wchar_t name[65];       ///< file name
-    unsigned int size;      ///< bytes (low 32 bits)
+    unsigned int size;      ///< bytes
     int cflag;              ///< 0 while the upload is not complete
     unsigned int downcount; ///< number of downloads
     long long ctime;        ///< creation time
@@ -27,7 +28,7 @@ struct _FileInfoUTF8
 {
     char fkey[33];          ///< file key
     char name[65];          ///< file name
-    unsigned int size;      ///< bytes (low 32 bits)
+    unsigned int size;      ///< bytes
     int cflag;              ///< 0 while the upload is not complete
     unsigned int downcount; ///< number of downloads
     long long ctime;        ///< creation time

@@ -5,9 +5,12 @@
 /// Everything that quorvex.dll offers.
 
 #include "Export.h"
+#include "FileStorage.h"
+#include "FileStorageRecords.h"
 #include "Md5.h"
 #include "NetDisk.h"
 #include "NetDiskRecords.h"
+#include "OnlineUserSearch.h"
 #include "Results.h"
 
 #endif

@@ -3,9 +3,6 @@
 #include "../NoThrow.h"
 #include "NetDiskExchange.h"
 
-#include <algorithm>
-#include <string_view>
-
 namespace quorvex::netdisk
 {
 
@@ -19,18 +16,6 @@ enum LoginType : unsigned int
     kLoginPassword = 2,
     kLoginTicket = 3
 };
-
-std::unique_ptr<wchar_t[]> CopyText(const wchar_t* text)
-{
-    if (text == nullptr)
-    {
-        return nullptr;
-    }
-    const std::size_t size = std::wstring_view(text).size() + 1;
-    auto copy = std::make_unique_for_overwrite<wchar_t[]>(size);
-    std::copy_n(text, size, copy.get());
-    return copy;
-}
 
 /// The server's session lives in the connection's cookies, so of this reply only the user id is kept.
 int ReadLogin(const std::string& reply, int& uapUid)

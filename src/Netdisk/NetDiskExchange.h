@@ -2,6 +2,8 @@
 
 #include "../BoundedText.h"
 #include "../CommonUtil.h"
+#include "../JsonHelper.h"
+#include "../ObjectPath.h"
 #include "NetDiskHttpHelper.h"
 #include "NetDiskJsonHelper.h"
 
@@ -16,9 +18,6 @@ namespace quorvex::netdisk
 template <std::size_t Size>
 using JsonBody = NarrowText<Size>;
 
-/// A request's path below the base URL, with its query.
-using ObjectPath = WideText<256>;
-
 /// The answers after which a request is sent once more, without a login.
 struct RetryOn
 {
@@ -32,20 +31,10 @@ struct RetryOn
 /// logging in again when the server no longer accepts the session.
 struct CNetDisk::Exchange
 {
-    static constexpr int kForbidden = 403;
-
     const CNetDisk& disk;
 
     /// @return 0 or -100
-    int CheckConnection() const
-    {
-        if (disk.IsConnected())
-        {
-            return Result::Ok;
-        }
-        LOG_ERROR(L"Not connect to server.");
-        return Result::NotConnected;
-    }
+    int CheckConnection() const { return CHttpHelper::CheckConnection(disk.m_pHttpHelper.get()); }
 
     /// Replays the remembered login if none has succeeded yet. Whether it did shows in the request that follows.
     void LoginIfNeeded() const

@@ -4,32 +4,13 @@
 #include "../NoThrow.h"
 #include "NetDiskExchange.h"
 
-#include <string_view>
-
 namespace quorvex::netdisk
 {
 
 namespace
 {
 
-using ObjectPath = WideText<256>;
-
 constexpr wchar_t kDownloadPath[] = L"file/down?fkey=%s";
-
-/// @param format its "%s" stands for the file key
-ObjectPath FormatObjectPath(std::wstring_view format, const wchar_t* fileKey)
-{
-    static constexpr std::wstring_view kPlaceholder = L"%s";
-
-    const std::size_t place = format.find(kPlaceholder);
-    ObjectPath path;
-    path << format.substr(0, place);
-    if (place != std::wstring_view::npos)
-    {
-        path << fileKey << format.substr(place + kPlaceholder.size());
-    }
-    return path;
-}
 
 } // namespace
 

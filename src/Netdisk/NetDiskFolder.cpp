@@ -130,6 +130,8 @@ int CNetDisk::FolderList(const wchar_t* folderId, std::vector<_FileInfoUTF8>& fi
         const int result = FolderList(folderId, wideFiles, wideFolders);
         if (result == Result::Ok)
         {
+            // Room for both first, so that either both come or none.
+            folders.reserve(folders.size() + wideFolders.size());
             AppendUtf8(wideFiles, files);
             AppendUtf8(wideFolders, folders);
         }

@@ -2,7 +2,9 @@
 
 #include "../BoundedText.h"
 #include "../CommonUtil.h"
+#include "../FileName.h"
 #include "../HeaderValues.h"
+#include "../LocalFile.h"
 #include "../Multipart.h"
 #include "../Platform/File.h"
 #include "../RequestBody.h"
@@ -24,19 +26,12 @@ using Platform::Request;
 namespace
 {
 
-constexpr std::size_t kUploadPathSize = 260;
 constexpr std::size_t kDownloadPathSize = 324;
 constexpr std::size_t kHeaderValueSize = 512;
 
 bool IsSuccess(std::uint32_t statusCode)
 {
     return statusCode == 200 || statusCode == 206 || statusCode == 201;
-}
-
-/// Whether a name that the server gave names a file of the folder that it is put into.
-bool StaysInFolder(std::wstring_view name)
-{
-    return name.find_first_of(L"\\/:") == std::wstring_view::npos && name != L"." && name != L"..";
 }
 
 } // namespace
@@ -49,7 +44,14 @@ int CNetDiskHttpHelper::GetResponse(Request& request, std::string& response)
     {
         return result;
     }
-    if (const int result = ReadResponseBody(request, attributes, response); result != Result::Ok)
+    std::size_t receivedSize = 0;
+    const int result = ReadResponseBody(request, attributes, response, receivedSize);
+    if (attributes.IsCompressed() && result != Result::TransferFailed)
+    {
+        LOG_TRACE(L"GetResponse() Receive:[strData.size()=" << receivedSize << L", strResponse.size()="
+                                                            << response.size() << L"]");
+    }
+    if (result != Result::Ok)
     {
         return result;
     }
@@ -78,7 +80,7 @@ int CNetDiskHttpHelper::FileUpload(const wchar_t* objectPath, const wchar_t* loc
     announced << announcedName;
     const std::string head = Multipart::UploadHead(boundary, announced.view());
     const std::string tail = Multipart::Tail(boundary);
-    WideText<kUploadPathSize> path;
+    UploadPath path;
     path << localFolder << L"\\" << fileName;
 
     if (const int result = SetRequestHeader(request); result != Result::Ok)
@@ -93,9 +95,8 @@ int CNetDiskHttpHelper::FileUpload(const wchar_t* objectPath, const wchar_t* loc
 
     File file;
     std::uint64_t fileSize = 0;
-    if (!file.OpenToRead(path.c_str(), File::Share::Nothing))
+    if (!OpenUploadFile(file, path, File::Share::Nothing))
     {
-        LOG_LAST_ERROR();
         return Result::LocalFileFailed;
     }
     LOG_DEBUG(L"File " << path.c_str() << L" open successfully");
@@ -125,14 +126,7 @@ int CNetDiskHttpHelper::FileUpload(const wchar_t* objectPath, const wchar_t* loc
         LOG_FAILED_CALL(L"CNetDiskHttpHelper::FileUpload WinHttpReceiveResponse error");
         return Result::ReceiveFailed;
     }
-    if (file.Close())
-    {
-        LOG_TRACE(L"CloseHandle successfully");
-    }
-    else
-    {
-        LOG_FAILED_CALL(L"CloseHandle fail");
-    }
+    CloseLocalFile(file);
     if (const int result = GetResponse(request, response); result != Result::Ok)
     {
         return result;
@@ -144,93 +138,35 @@ int CNetDiskHttpHelper::FileUpload(const wchar_t* objectPath, const wchar_t* loc
 int CNetDiskHttpHelper::FileCreate(const wchar_t* fileName, std::uint32_t totalSize, const char* md5,
                                    std::string& response)
 {
-    response.clear();
-    Request request;
-    if (!OpenRequest(request, L"POST", L"file/upload"))
-    {
-        LOG_FAILED_CALL(L"CNetDiskHttpHelper::FileCreate() HttpOpenRequest error");
-        return Result::RequestOpenFailed;
-    }
-
     const std::string boundary = BoundaryToken();
     NarrowText<65> name;
     name << fileName;
-    const std::string body = Multipart::LargeFileForm(boundary, totalSize, md5, name.view());
-
-    if (const int result = SetRequestHeader(request); result != Result::Ok)
-    {
-        return result;
-    }
-    if (!request.AddHeader(Multipart::FormContentType(boundary)))
-    {
-        LOG_FAILED_CALL(L"CNetDiskHttpHelper::FileCreate() WinHttpAddRequestHeaders error");
-        return Result::HeaderAddFailed;
-    }
-    if (!request.SendHead(body.size()))
-    {
-        LOG_FAILED_CALL(L"CNetDiskHttpHelper::FileCreate() Error on WinHttpSendRequest");
-        return Result::UploadSendFailed;
-    }
-    WriteBody(request, body);
-    if (!request.Receive())
-    {
-        LOG_FAILED_CALL(L"CNetDiskHttpHelper::FileCreate() Error on HttpEndRequest");
-        return Result::ReceiveFailed;
-    }
-    if (const int result = GetResponse(request, response); result != Result::Ok)
-    {
-        return result;
-    }
-    LOG_DEBUG(L"CNetDiskHttpHelper::FileCreate() Receive:[" << response << L"], size=" << response.size());
-    return Result::Ok;
+    return PostForm(L"file/upload", boundary, {Multipart::LargeFileForm(boundary, totalSize, md5, name.view())},
+                    {.openFailed = L"CNetDiskHttpHelper::FileCreate() HttpOpenRequest error",
+                     .headerFailed = L"CNetDiskHttpHelper::FileCreate() WinHttpAddRequestHeaders error",
+                     .sendFailed = L"CNetDiskHttpHelper::FileCreate() Error on WinHttpSendRequest",
+                     .receiveFailed = L"CNetDiskHttpHelper::FileCreate() Error on HttpEndRequest",
+                     .received = L"CNetDiskHttpHelper::FileCreate() Receive:["},
+                    response);
 }
 
 int CNetDiskHttpHelper::FileCreate(const wchar_t* fileKey, std::uint32_t position, std::span<const char> block,
                                    std::string& response)
 {
-    response.clear();
-    Request request;
-    if (!OpenRequest(request, L"POST", L"file/upload"))
-    {
-        LOG_FAILED_CALL(L"CNetDiskHttpHelper::FileCreate() WinHttpOpenRequest error");
-        return Result::RequestOpenFailed;
-    }
-
     const std::string boundary = BoundaryToken();
     NarrowText<33> key;
     key << fileKey;
     const auto size = static_cast<std::uint32_t>(block.size());
-    const std::string head = Multipart::BlockHead(boundary, key.view(), position, size);
-    const std::string tail = Multipart::Tail(boundary);
-
-    if (const int result = SetRequestHeader(request); result != Result::Ok)
-    {
-        return result;
-    }
-    if (!request.AddHeader(Multipart::FormContentType(boundary)))
-    {
-        LOG_FAILED_CALL(L"CNetDiskHttpHelper::FileCreate() WinHttpAddRequestHeaders error");
-        return Result::HeaderAddFailed;
-    }
-    if (!request.SendHead(std::uint64_t{head.size()} + size + tail.size()))
-    {
-        LOG_FAILED_CALL(L"CNetDiskHttpHelper::FileCreate() Error on WinHttpSendRequest");
-        return Result::UploadSendFailed;
-    }
-    WriteBody(request, head);
-    WriteBody(request, {block.data(), block.size()});
-    WriteBody(request, tail);
-    if (!request.Receive())
-    {
-        LOG_FAILED_CALL(L"CNetDiskHttpHelper::FileCreate() Error on WinHttpReceiveResponse");
-        return Result::ReceiveFailed;
-    }
-    if (const int result = GetResponse(request, response); result != Result::Ok)
-    {
-        return result;
-    }
-    LOG_DEBUG(L"CNetDiskHttpHelper::FileCreate() Receive:[" << response << L"], size=" << response.size());
-    return Result::Ok;
+    return PostForm(L"file/upload", boundary,
+                    {Multipart::BlockHead(boundary, key.view(), position, size),
+                     {block.data(), block.size()},
+                     Multipart::Tail(boundary)},
+                    {.openFailed = L"CNetDiskHttpHelper::FileCreate() WinHttpOpenRequest error",
+                     .headerFailed = L"CNetDiskHttpHelper::FileCreate() WinHttpAddRequestHeaders error",
+                     .sendFailed = L"CNetDiskHttpHelper::FileCreate() Error on WinHttpSendRequest",
+                     .receiveFailed = L"CNetDiskHttpHelper::FileCreate() Error on WinHttpReceiveResponse",
+                     .received = L"CNetDiskHttpHelper::FileCreate() Receive:["},
+                    response);
 }
 
 int CNetDiskHttpHelper::FileDownload(const wchar_t* objectPath, const wchar_t* localFolder, const wchar_t* fileName,
@@ -294,46 +230,32 @@ int CNetDiskHttpHelper::FileDownload(const wchar_t* objectPath, const wchar_t* l
     path << localFolder << L"\\" << name;
 
     // A path that was cut would lead to another file than the one that was asked for.
-    return DownloadToFile(request, isNameUsable && !path.IsCut() ? path.c_str() : nullptr, attributes.encoding);
+    return DownloadToFile(request, isNameUsable && !path.IsCut() ? path.c_str() : nullptr, attributes.encoding,
+                          {.existing = File::Existing::Kept, .isCloseFailureFatal = true});
 }
 
 int CNetDiskHttpHelper::GetFileInfo(const wchar_t* objectPath, std::uint32_t& totalSize, std::wstring& fileName,
                                     std::wstring& secondValue)
 {
     Request request;
-    if (!OpenRequest(request, L"GET", objectPath))
-    {
-        LOG_FAILED_CALL(L"CNetDiskHttpHelper::GetFileInfo() WinHttpOpenRequest error");
-        return Result::RequestOpenFailed;
-    }
-    if (const int result = SetRequestHeader(request); result != Result::Ok)
+    if (const int result =
+            GetRange(request, objectPath, L"Range: bytes=0-0\r\n",
+                     {.openFailed = L"CNetDiskHttpHelper::GetFileInfo() WinHttpOpenRequest error",
+                      .headerFailed = L"CNetDiskHttpHelper::GetFileInfo WinHttpAddRequestHeaders error",
+                      .sent = L"CNetDiskHttpHelper::GetFileInfo HttpSendRequest pass",
+                      .sendFailed = L"CNetDiskHttpHelper::GetFileInfo WinHttpSendRequest error",
+                      .receiveFailed = L"CNetDiskHttpHelper::FileCreate() Error on WinHttpReceiveResponse"},
+                     kRangeFailures);
+        result != Result::Ok)
     {
         return result;
     }
-    if (!request.AddHeader(L"Range: bytes=0-0\r\n"))
-    {
-        LOG_FAILED_CALL(L"CNetDiskHttpHelper::GetFileInfo WinHttpAddRequestHeaders error");
-        return Result::RangeHeaderAddFailed;
-    }
-    if (request.Send())
-    {
-        LOG_TRACE(L"CNetDiskHttpHelper::GetFileInfo HttpSendRequest pass");
-    }
-    else
-    {
-        // Receiving fails next and ends the request.
-        LOG_FAILED_CALL(L"CNetDiskHttpHelper::GetFileInfo WinHttpSendRequest error");
-    }
-    if (!request.Receive())
-    {
-        LOG_FAILED_CALL(L"CNetDiskHttpHelper::FileCreate() Error on WinHttpReceiveResponse");
-        return Result::ReceiveFailed;
-    }
     std::uint32_t statusCode = 0;
-    if (!request.QueryNumber(Header::StatusCode, statusCode))
+    if (const int result = QueryStatusCode(request, statusCode,
+                                           L"CHttpHelper::GetFileInfo() HttpQueryInfo(HTTP_QUERY_STATUS_CODE) error");
+        result != Result::Ok)
     {
-        LOG_FAILED_CALL(L"CHttpHelper::GetFileInfo() HttpQueryInfo(HTTP_QUERY_STATUS_CODE) error");
-        return Result::StatusUnreadable;
+        return result;
     }
     if (!IsSuccess(statusCode))
     {
@@ -364,31 +286,16 @@ int CNetDiskHttpHelper::BufferDownload(const wchar_t* objectPath, std::uint32_t 
                                        void* buffer)
 {
     Request request;
-    if (!OpenRequest(request, L"GET", objectPath))
-    {
-        LOG_FAILED_CALL(L"CNetDiskHttpHelper::BufferDownload() WinHttpOpenRequest error");
-        return Result::RequestOpenFailed;
-    }
-    if (const int result = SetRequestHeader(request); result != Result::Ok)
+    if (const int result =
+            GetRange(request, objectPath, RangeHeader(start, transferSize),
+                     {.openFailed = L"CNetDiskHttpHelper::BufferDownload() WinHttpOpenRequest error",
+                      .headerFailed = L"CNetDiskHttpHelper::BufferDownload() WinHttpAddRequestHeaders error",
+                      .sendFailed = L"CNetDiskHttpHelper::BufferDownload() WinHttpSendRequest error",
+                      .receiveFailed = L"CNetDiskHttpHelper::FileCreate() Error on WinHttpReceiveResponse"},
+                     kRangeFailures);
+        result != Result::Ok)
     {
         return result;
-    }
-    WideText<100> range;
-    range << L"Range: bytes=" << start << L"-" << start + transferSize - 1;
-    if (!request.AddHeader(range.view()))
-    {
-        LOG_FAILED_CALL(L"CNetDiskHttpHelper::BufferDownload() WinHttpAddRequestHeaders error");
-        return Result::RangeHeaderAddFailed;
-    }
-    if (!request.Send())
-    {
-        // Receiving fails next and ends the request.
-        LOG_FAILED_CALL(L"CNetDiskHttpHelper::BufferDownload() WinHttpSendRequest error");
-    }
-    if (!request.Receive())
-    {
-        LOG_FAILED_CALL(L"CNetDiskHttpHelper::FileCreate() Error on WinHttpReceiveResponse");
-        return Result::ReceiveFailed;
     }
     std::string response;
     if (const int result = GetResponse(request, response); result != Result::Ok)

@@ -2,6 +2,8 @@
 
 #include "../HttpHelper.h"
 
+#include <quorvex/Results.h>
+
 #include <cstdint>
 #include <span>
 #include <string>
@@ -63,6 +65,10 @@ public:
     /// @param transferSize in: bytes wanted; out: bytes received, never more than wanted
     /// @param buffer       room for the bytes wanted
     int BufferDownload(const wchar_t* objectPath, std::uint32_t start, std::uint32_t& transferSize, void* buffer);
+
+private:
+    // A request that could not be sent cannot be received either, and that is what ends it.
+    static constexpr RangeFailures kRangeFailures = {.send = Result::Ok, .receive = Result::ReceiveFailed};
 };
 
 } // namespace quorvex::netdisk

@@ -2,16 +2,10 @@
 
 #include "../CommonUtil.h"
 #include "../JsonHelper.h"
-#include "../Platform/CodePage.h"
 
 #include <quorvex/Results.h>
 
-#include <algorithm>
-#include <array>
 #include <cstddef>
-#include <cstring>
-#include <exception>
-#include <span>
 #include <utility>
 
 namespace quorvex::netdisk
@@ -20,24 +14,10 @@ namespace quorvex::netdisk
 namespace
 {
 
-/// Reads a text into an array of a record. The text may run on into the fields behind the array, up to twice the
-/// array's length, but never out of the record; the keys read after it overwrite what it left there.
 template <class Record, std::size_t Size>
 void ReadText(const Json::Value& value, Record& record, wchar_t (Record::*field)[Size])
 {
-    if (value.isNull())
-    {
-        return;
-    }
-    std::array<wchar_t, 2 * Size> text;
-    const auto* const recordStart = reinterpret_cast<const std::byte*>(&record);
-    const auto offset = static_cast<std::size_t>(reinterpret_cast<const std::byte*>(record.*field) - recordStart);
-    const std::size_t room = (sizeof(Record) - offset) / sizeof(wchar_t);
-
-    const std::size_t length = Platform::ToWide(value.asCString(), Platform::CodePage::Utf8,
-                                                std::span(text).first(std::min(text.size(), room) - 1));
-    text[length] = L'\0';
-    std::memcpy(reinterpret_cast<std::byte*>(&record) + offset, text.data(), (length + 1) * sizeof(wchar_t));
+    quorvex::ReadText(value, Platform::CodePage::Utf8, record, field);
 }
 
 _FileInfo ReadListedFile(const Json::Value& element)
@@ -124,7 +104,7 @@ int CNetDiskJsonHelper::ReadReply(const std::string& body, Read read)
     {
         return Result::BadAnswer;
     }
-    catch (const std::exception&)
+    catch (const Json::Exception&)
     {
         // Nested too deeply, or a value of the wrong type.
     }
@@ -142,7 +122,7 @@ void CNetDiskJsonHelper::ErrorReply(int code, const std::string& body)
             return;
         }
     }
-    catch (const std::exception&)
+    catch (const Json::Exception&)
     {
         // Nested too deeply; the body is logged as it is.
     }

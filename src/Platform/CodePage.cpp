@@ -90,7 +90,7 @@ std::size_t ToNarrow(std::wstring_view text, CodePage codePage, std::span<char> 
     std::size_t filled = 0;
     while (!text.empty() && filled < room.size())
     {
-        const std::size_t units = IsHighSurrogate(text.front()) && text.size() > 1 ? 2 : 1;
+        const std::size_t units = IsHighSurrogate(text[0]) && text.size() > 1 && IsLowSurrogate(text[1]) ? 2 : 1;
         const std::size_t bytes = Convert(text.substr(0, units), codePage, room.data() + filled, room.size() - filled);
         if (bytes == 0)
         {

@@ -20,6 +20,12 @@ constexpr bool IsHighSurrogate(wchar_t unit)
     return unit >= 0xD800 && unit <= 0xDBFF;
 }
 
+/// Whether it is a character's second half.
+constexpr bool IsLowSurrogate(wchar_t unit)
+{
+    return unit >= 0xDC00 && unit <= 0xDFFF;
+}
+
 /// What cannot be converted at all gives an empty text.
 std::wstring ToWide(std::string_view text, CodePage codePage);
 std::string ToNarrow(std::wstring_view text, CodePage codePage);

@@ -18,9 +18,10 @@ bool File::OpenToRead(const wchar_t* path, Share share, Access access)
                 access == Access::Normal ? FILE_ATTRIBUTE_NORMAL : FILE_FLAG_RANDOM_ACCESS);
 }
 
-bool File::OpenToWrite(const wchar_t* path)
+bool File::OpenToWrite(const wchar_t* path, Existing existing)
 {
-    return Open(path, GENERIC_READ | GENERIC_WRITE, 0, OPEN_ALWAYS, FILE_ATTRIBUTE_NORMAL);
+    return Open(path, GENERIC_READ | GENERIC_WRITE, 0, existing == Existing::Kept ? OPEN_ALWAYS : CREATE_ALWAYS,
+                FILE_ATTRIBUTE_NORMAL);
 }
 
 bool File::Open(const wchar_t* path, unsigned long access, unsigned long share, unsigned long creation,
@@ -69,6 +70,17 @@ bool File::Close()
 {
     void* const handle = std::exchange(m_handle, nullptr);
     return handle == nullptr || ::CloseHandle(handle) != FALSE;
+}
+
+bool FileSize(const wchar_t* path, std::uint64_t& size)
+{
+    WIN32_FILE_ATTRIBUTE_DATA attributes = {};
+    if (::GetFileAttributesExW(path, GetFileExInfoStandard, &attributes) == 0)
+    {
+        return false;
+    }
+    size = (std::uint64_t{attributes.nFileSizeHigh} << 32U) | attributes.nFileSizeLow;
+    return true;
 }
 
 } // namespace quorvex::Platform

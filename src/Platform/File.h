@@ -28,9 +28,15 @@ public:
     /// Opens an existing file for reading.
     bool OpenToRead(const wchar_t* path, Share share, Access access = Access::Normal);
 
-    /// Opens a file for reading and writing, shared with nobody. A missing one is made, an existing one keeps its
-    /// content and length.
-    bool OpenToWrite(const wchar_t* path);
+    /// What becomes of a file that is there already.
+    enum class Existing
+    {
+        Kept,
+        Emptied
+    };
+
+    /// Opens a file for reading and writing, shared with nobody. A missing one is made.
+    bool OpenToWrite(const wchar_t* path, Existing existing);
 
     bool Size(std::uint64_t& size) const;
     bool Read(void* buffer, std::uint32_t room, std::uint32_t& read) const;
@@ -48,5 +54,8 @@ private:
 
     void* m_handle = nullptr;
 };
+
+/// The size of a file, which need not be one that can be opened.
+bool FileSize(const wchar_t* path, std::uint64_t& size);
 
 } // namespace quorvex::Platform

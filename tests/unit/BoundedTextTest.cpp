@@ -3,6 +3,7 @@
 #include <gtest/gtest.h>
 
 #include <cstdint>
+#include <cstring>
 #include <string>
 
 using quorvex::NarrowText;
@@ -87,4 +88,23 @@ TEST(WideText, NullPieceIsEmpty)
     WideText<8> text;
     text << static_cast<const wchar_t*>(nullptr) << L"/";
     EXPECT_EQ(text.view(), L"/");
+}
+
+TEST(NarrowText, AnUnpairedHalfLeavesNothingBehindTheText)
+{
+    NarrowText<8> text;
+    text << std::wstring_view(L"abcd\xD83Dxy") << "\"}";
+    EXPECT_EQ(text.view().size(), std::strlen(text.c_str()));
+    EXPECT_STREQ(text.c_str(), std::string(text.view()).c_str());
+}
+
+TEST(NarrowText, BytesThatAreNoUtf8AreCutAnywhere)
+{
+    NarrowText<8> continuations;
+    continuations << std::string_view("\x80\x80\x80\x80\x80\x80\x80\x80\x80");
+    EXPECT_EQ(continuations.view().size(), 7U);
+
+    NarrowText<8> afterAscii;
+    afterAscii << std::string_view("abcdef\x80\x80\x80");
+    EXPECT_EQ(afterAscii.view(), "abcdef\x80");
 }

@@ -12,6 +12,18 @@ TEST(ContentDisposition, NameEndsAtTheFirstSemicolon)
     const auto value = ParseContentDisposition(L"attachment;filename=\"report.pdf;md5=0123;more=4");
     EXPECT_EQ(value.fileName, L"report.pdf");
     EXPECT_EQ(value.second, L"0123");
+    EXPECT_EQ(value.third, L"4");
+}
+
+TEST(ContentDisposition, TheThirdValueMayHaveAnyName)
+{
+    EXPECT_EQ(ParseContentDisposition(L"attachment;filename=\"n;md5=1;sha=2;x=3").third, L"2");
+    EXPECT_EQ(ParseContentDisposition(L"attachment;filename=\"n;md5=1;a=b=c").third, L"b=c");
+    EXPECT_EQ(ParseContentDisposition(L"attachment;filename=\"n;md5=1;bare;x=3").third, L"bare");
+    EXPECT_EQ(ParseContentDisposition(L"attachment;filename=\"n;md5=1;").third, L"");
+    EXPECT_EQ(ParseContentDisposition(L"attachment;filename=\"n;md5=1;;x=3").third, L"");
+    EXPECT_EQ(ParseContentDisposition(L"attachment;filename=\"n;md5=1").third, L"");
+    EXPECT_EQ(ParseContentDisposition(L"attachment;filename=\"n").third, L"");
 }
 
 TEST(ContentDisposition, WithoutSemicolonEverythingIsTheName)

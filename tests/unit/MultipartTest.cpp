@@ -50,3 +50,17 @@ TEST(Multipart, BlockHead)
               "--0123456789abcdefghijklmnopqrstuvwxyzABCD\r\n"
               "Content-Disposition: form-data; name=\"upfile\"; filename=\"0\"\r\n\r\n");
 }
+
+TEST(Multipart, ChunkHead)
+{
+    EXPECT_EQ(Multipart::ChunkHead(kBoundary, "k1", 4096, 5095),
+              "--0123456789abcdefghijklmnopqrstuvwxyzABCD\r\n"
+              "Content-Disposition: form-data; name=\"k\"\r\n\r\nk1\r\n"
+              "--0123456789abcdefghijklmnopqrstuvwxyzABCD\r\n"
+              "Content-Disposition: form-data; name=\"rs\"\r\n\r\n4096\r\n"
+              "--0123456789abcdefghijklmnopqrstuvwxyzABCD\r\n"
+              "Content-Disposition: form-data; name=\"re\"\r\n\r\n5095\r\n"
+              "--0123456789abcdefghijklmnopqrstuvwxyzABCD\r\n"
+              "Content-Disposition: form-data; name=\"chunk\"; filename=\"0\"\r\n"
+              "Content-Type: application/octet-stream\r\n\r\n");
+}

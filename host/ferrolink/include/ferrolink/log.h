@@ -70,6 +70,7 @@ extern "C"
 #ifdef __cplusplus
 } // extern "C"
 
+#include <cstdio>
 #include <string>
 
 namespace frl_cxx_helper
@@ -127,6 +128,14 @@ public:
     Log& operator<<(unsigned long number) noexcept { return AppendUnsigned(number); }
     Log& operator<<(long long number) noexcept { return AppendSigned(number); }
     Log& operator<<(unsigned long long number) noexcept { return AppendUnsigned(number); }
+
+    /// With as many digits as a double holds for certain.
+    Log& operator<<(double number) noexcept
+    {
+        char digits[32];
+        const int length = IsEnabled() ? std::snprintf(digits, sizeof(digits), "%.15g", number) : 0;
+        return length > 0 ? AppendUtf8(digits, static_cast<size_t>(length)) : *this;
+    }
 
     /// A handle or an address, as "0x" and hexadecimal digits.
     Log& operator<<(const void* handle) noexcept { return AppendDigits(reinterpret_cast<size_t>(handle), 16, L"0x"); }

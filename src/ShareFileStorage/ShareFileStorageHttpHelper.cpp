@@ -1,0 +1,275 @@
+#include "ShareFileStorageHttpHelper.h"
+
+#include "../BoundedText.h"
+#include "../CommonUtil.h"
+#include "../HeaderValues.h"
+#include "../LocalFile.h"
+#include "../Multipart.h"
+#include "../Platform/File.h"
+#include "../RequestBody.h"
+#include "../ResponseBody.h"
+#include "../ResponseFile.h"
+
+#include <quorvex/Results.h>
+
+#include <algorithm>
+#include <array>
+
+namespace quorvex
+{
+
+using Platform::CodePage;
+using Platform::File;
+using Platform::Header;
+using Platform::Request;
+
+namespace
+{
+
+constexpr std::size_t kDownloadPathSize = 324;
+constexpr std::size_t kHeaderValueSize = 512;
+
+bool IsSuccess(std::uint32_t statusCode)
+{
+    return statusCode == 200 || statusCode == 206;
+}
+
+/// What the server says of a refusal. It explains a failure that is certain already, so that failing to read it
+/// changes nothing.
+void LogRefusal(Request& request, const ResponseAttributes& attributes)
+{
+    std::string body;
+    std::size_t receivedSize = 0;
+    ReadResponseBody(request, attributes, body, receivedSize);
+    LOG_ERROR(L"Response code=" << attributes.statusCode << L", errorinfo=" << body);
+}
+
+} // namespace
+
+int CShareFileStorageHttpHelper::GetResponse(Request& request, std::string& response)
+{
+    response.clear();
+    ResponseAttributes attributes;
+    if (const int result = GetResponseAttribute(request, attributes); result != Result::Ok)
+    {
+        return result;
+    }
+    return ReadGoodResponse(request, attributes, response);
+}
+
+int CShareFileStorageHttpHelper::FileUpload(const wchar_t* objectPath, const wchar_t* folder, const wchar_t* fileName,
+                                            const wchar_t* serverName, std::string& response)
+{
+    response.clear();
+    UploadPath path;
+    path << folder << L"\\" << fileName;
+
+    Request request;
+    if (!OpenRequest(request, L"POST", objectPath))
+    {
+        LOG_FAILED_CALL(L"CShareFileStorageHttpHelper::FileUpload() WinHttpOpenRequest error");
+        return Result::RequestOpenFailed;
+    }
+    const std::string boundary = BoundaryToken();
+    NarrowText<256, CodePage::Oem> name;
+    name << serverName;
+    const std::string head = Multipart::UploadHead(boundary, name.view());
+    const std::string tail = Multipart::Tail(boundary);
+
+    if (const int result = SetRequestHeader(request); result != Result::Ok)
+    {
+        return result;
+    }
+    if (!request.AddHeader(Multipart::FormContentType(boundary)))
+    {
+        LOG_FAILED_CALL(L"CShareFileStorageHttpHelper::FileUpload() HttpAddRequestHeaders error");
+        return Result::HeaderAddFailed;
+    }
+
+    File file;
+    std::uint64_t fileSize = 0;
+    if (!OpenUploadFile(file, path, File::Share::ReadAndWrite))
+    {
+        return Result::LocalFileFailed;
+    }
+    LOG_DEBUG(L"CShareFileStorageHttpHelper::FileUpload() File " << path.c_str() << L" open successfully");
+    if (!file.Size(fileSize))
+    {
+        LOG_LAST_ERROR();
+        return Result::LocalFileFailed;
+    }
+    const auto dwFileSize = static_cast<std::uint32_t>(fileSize);
+    LOG_DEBUG(L"dwFileSize=" << dwFileSize);
+
+    if (!request.SendHead(std::uint64_t{head.size()} + dwFileSize + tail.size()))
+    {
+        LOG_FAILED_CALL(L"CShareFileStorageHttpHelper::FileUpload WinHttpSendRequest error");
+        return Result::UploadSendFailed;
+    }
+    WriteBody(request, head);
+    if (!WriteFileBody(request, file, dwFileSize))
+    {
+        LOG_LAST_ERROR();
+        return Result::LocalFileFailed;
+    }
+    WriteBody(request, tail);
+    CloseLocalFile(file);
+
+    if (!request.Receive())
+    {
+        LOG_FAILED_CALL(L"CShareFileStorageHttpHelper::FileUpload() WinHttpReceiveResponse error");
+        return Result::ReceiveFailed;
+    }
+    if (const int result = GetResponse(request, response); result != Result::Ok)
+    {
+        return result;
+    }
+    LOG_DEBUG(L"CShareFileStorageHttpHelper::FileUpload Receive:[" << response << L"], size=" << response.size());
+    return Result::Ok;
+}
+
+int CShareFileStorageHttpHelper::FileDownload(const wchar_t* objectPath, const wchar_t* folder, const wchar_t* fileName)
+{
+    Request request;
+    if (!OpenRequest(request, L"GET", objectPath))
+    {
+        LOG_FAILED_CALL(L"CShareFileStorageHttpHelper::FileDownload() WinHttpOpenRequest error");
+        return Result::RequestOpenFailed;
+    }
+    if (const int result = SetRequestHeader(request); result != Result::Ok)
+    {
+        return result;
+    }
+    if (request.Send())
+    {
+        LOG_DEBUG(L"CShareFileStorageHttpHelper::FileDownload() WinHttpSendRequest pass");
+    }
+    else
+    {
+        // Receiving fails next and ends the request.
+        LOG_FAILED_CALL(L"CShareFileStorageHttpHelper::FileDownload() WinHttpSendRequest error");
+    }
+    if (!request.Receive())
+    {
+        LOG_FAILED_CALL(L"CShareFileStorageHttpHelper::FileDownload() WinHttpReceiveResponse error");
+        return Result::ReceiveFailed;
+    }
+    ResponseAttributes attributes;
+    if (const int result = GetResponseAttribute(request, attributes); result != Result::Ok)
+    {
+        return result;
+    }
+    if (!IsSuccess(attributes.statusCode))
+    {
+        LOG_ERROR(L"CShareFileStorageHttpHelper::FileDownload() HTTP response fail:dwStatusCode="
+                  << attributes.statusCode);
+        LogRefusal(request, attributes);
+        return static_cast<int>(attributes.statusCode);
+    }
+    WideText<kDownloadPathSize> path;
+    path << folder << L"\\" << fileName;
+
+    // A path that was cut would lead to another file than the one that was asked for.
+    return DownloadToFile(request, path.IsCut() ? nullptr : path.c_str(), attributes.encoding,
+                          {.existing = File::Existing::Emptied, .isCloseFailureFatal = false});
+}
+
+int CShareFileStorageHttpHelper::BufferUpload(const wchar_t* objectPath, const wchar_t* key, std::uint32_t position,
+                                              std::span<const char> chunk, std::string& response)
+{
+    const std::string boundary = BoundaryToken();
+    NarrowText<65, CodePage::Oem> narrowKey;
+    narrowKey << key;
+    const std::uint32_t last = position + static_cast<std::uint32_t>(chunk.size()) - 1;
+    return PostForm(objectPath, boundary,
+                    {Multipart::ChunkHead(boundary, narrowKey.view(), position, last),
+                     {chunk.data(), chunk.size()},
+                     Multipart::Tail(boundary)},
+                    {.openFailed = L"CShareFileStorageHttpHelper::BufferUpload() HttpOpenRequest error",
+                     .headerFailed = L"CShareFileStorageHttpHelper::BufferUpload() HttpAddRequestHeaders error",
+                     .sendFailed = L"CShareFileStorageHttpHelper::BufferUpload() Error on WinHttpSendRequest",
+                     .receiveFailed = L"CShareFileStorageHttpHelper::BufferUpload() Error on WinHttpReceiveResponse",
+                     .received = L"CShareFileStorageHttpHelper::BufferUpload() Receive:["},
+                    response);
+}
+
+int CShareFileStorageHttpHelper::BufferUpload(const wchar_t* objectPath, FileInfo& info)
+{
+    Request request;
+    if (const int result =
+            GetRange(request, objectPath, L"Range: bytes=0-0\r\n",
+                     {.openFailed = L"CShareFileStorageHttpHelper::BufferUpload() WinHttpOpenRequest error",
+                      .headerFailed = L"CShareFileStorageHttpHelper::BufferUpload() WinHttpAddRequestHeaders error",
+                      .sendFailed = L"CShareFileStorageHttpHelper::BufferUpload() WinHttpSendRequest error",
+                      .receiveFailed = L"CShareFileStorageHttpHelper::BufferUpload() Error on WinHttpReceiveResponse"},
+                     {.send = Result::ReceiveFailed, .receive = Result::RangeHeaderAddFailed});
+        result != Result::Ok)
+    {
+        return result;
+    }
+    ResponseAttributes attributes;
+    if (const int result = QueryStatusCode(
+            request, attributes.statusCode,
+            L"CShareFileStorageHttpHelper::BufferUpload() WinHttpQueryHeaders(HTTP_QUERY_STATUS_CODE) error");
+        result != Result::Ok)
+    {
+        return result;
+    }
+    if (!IsSuccess(attributes.statusCode))
+    {
+        LOG_ERROR(L"CShareFileStorageHttpHelper::BufferUpload() HTTP response fail:dwStatusCode="
+                  << attributes.statusCode);
+        LogRefusal(request, attributes);
+        return Result::RangeAnswerInvalid;
+    }
+
+    std::array<wchar_t, kHeaderValueSize> value = {};
+    if (!request.QueryText(Header::ContentRange, value))
+    {
+        LOG_FAILED_CALL(
+            L"CShareFileStorageHttpHelper::BufferUpload() WinHttpQueryHeaders(HTTP_QUERY_CONTENT_RANGE) error");
+        return Result::RangeAnswerInvalid;
+    }
+    info.totalSize = ParseContentRangeTotal(value.data());
+
+    if (!request.QueryText(Header::ContentDisposition, value))
+    {
+        LOG_FAILED_CALL(
+            L"CShareFileStorageHttpHelper::BufferUpload() HttpQueryInfo(HTTP_QUERY_CONTENT_DISPOSITION) error");
+        return Result::RangeAnswerInvalid;
+    }
+    const ContentDisposition disposition = ParseContentDisposition(value.data());
+    info.name = disposition.fileName;
+    info.second = disposition.second;
+    info.third = disposition.third;
+    return Result::Ok;
+}
+
+int CShareFileStorageHttpHelper::BufferDownload(const wchar_t* objectPath, std::uint32_t start,
+                                                std::uint32_t& transferSize, void* buffer)
+{
+    Request request;
+    if (const int result =
+            GetRange(request, objectPath, RangeHeader(start, transferSize),
+                     {.openFailed = L"CHttpHelper::BufferDownload() HttpOpenRequest error",
+                      .headerFailed = L"CHttpHelper::BufferDownload() HttpAddRequestHeaders error",
+                      .sendFailed = L"CHttpHelper::BufferDownload() HttpSendRequest error",
+                      .receiveFailed = L"CShareFileStorageHttpHelper::BufferUpload() Error on WinHttpReceiveResponse"},
+                     {.send = Result::ReceiveFailed, .receive = Result::RangeHeaderAddFailed});
+        result != Result::Ok)
+    {
+        return result;
+    }
+    std::string response;
+    if (const int result = GetResponse(request, response); result != Result::Ok)
+    {
+        return result;
+    }
+    LOG_DEBUG(L"BufferDownload() strResponse.size()=" << response.size() << L", dwTransferSize=" << transferSize);
+    LOG_TRACE(L"BufferDownload() GetResponse pass");
+    transferSize = static_cast<std::uint32_t>(std::min<std::size_t>(response.size(), transferSize));
+    std::copy_n(response.data(), transferSize, static_cast<char*>(buffer));
+    return Result::Ok;
+}
+
+} // namespace quorvex
