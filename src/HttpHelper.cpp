@@ -3,8 +3,6 @@
 #include "BaseUrl.h"
 #include "BoundedText.h"
 #include "CommonUtil.h"
-#include "Multipart.h"
-#include "RequestBody.h"
 
 #include <quorvex/Results.h>
 
@@ -129,12 +127,8 @@ int CHttpHelper::RequestGet(const wchar_t* objectPath, std::string& response)
         return result;
     }
     Platform::Request request;
-    if (!OpenRequest(request, L"GET", objectPath))
-    {
-        LOG_FAILED_CALL(L"CHttpHelper::RequestGet() HttpOpenRequest error");
-        return Result::RequestOpenFailed;
-    }
-    if (const int result = SetRequestHeader(request); result != Result::Ok)
+    if (const int result = OpenRequest(request, L"GET", objectPath, L"CHttpHelper::RequestGet() HttpOpenRequest error");
+        result != Result::Ok)
     {
         return result;
     }
@@ -164,12 +158,7 @@ int CHttpHelper::RequestPost(const wchar_t* objectPath, const char* body, std::s
         return result;
     }
     Platform::Request request;
-    if (!OpenRequest(request, L"POST", objectPath))
-    {
-        LOG_FAILED_CALL(L"HttpOpenRequest error");
-        return Result::RequestOpenFailed;
-    }
-    if (const int result = SetRequestHeader(request); result != Result::Ok)
+    if (const int result = OpenRequest(request, L"POST", objectPath, L"HttpOpenRequest error"); result != Result::Ok)
     {
         return result;
     }
@@ -196,102 +185,17 @@ int CHttpHelper::RequestPost(const wchar_t* objectPath, const char* body, std::s
     return Result::Ok;
 }
 
-bool CHttpHelper::OpenRequest(Platform::Request& request, const wchar_t* verb, const wchar_t* objectPath) const
+int CHttpHelper::OpenRequest(Platform::Request& request, const wchar_t* verb, const wchar_t* objectPath,
+                             const wchar_t* failure)
 {
     WideText<SERVER_URL_MAX_SIZE> url;
     url << m_serverPrefix << L"/" << objectPath;
-    return request.Open(m_connection, verb, url.c_str(), kAcceptTypes.data());
-}
-
-int CHttpHelper::PostForm(const wchar_t* objectPath, const std::string& boundary,
-                          std::initializer_list<std::string_view> pieces, const FormMessages& messages,
-                          std::string& response)
-{
-    response.clear();
-    Platform::Request request;
-    if (!OpenRequest(request, L"POST", objectPath))
+    if (!request.Open(m_connection, verb, url.c_str(), kAcceptTypes.data()))
     {
-        LOG_FAILED_CALL(messages.openFailed);
+        LOG_FAILED_CALL(failure);
         return Result::RequestOpenFailed;
     }
-    if (const int result = SetRequestHeader(request); result != Result::Ok)
-    {
-        return result;
-    }
-    if (!request.AddHeader(Multipart::FormContentType(boundary)))
-    {
-        LOG_FAILED_CALL(messages.headerFailed);
-        return Result::HeaderAddFailed;
-    }
-    std::uint64_t length = 0;
-    for (const std::string_view piece : pieces)
-    {
-        length += piece.size();
-    }
-    if (!request.SendHead(length))
-    {
-        LOG_FAILED_CALL(messages.sendFailed);
-        return Result::UploadSendFailed;
-    }
-    for (const std::string_view piece : pieces)
-    {
-        WriteBody(request, piece);
-    }
-    if (!request.Receive())
-    {
-        LOG_FAILED_CALL(messages.receiveFailed);
-        return Result::ReceiveFailed;
-    }
-    if (const int result = GetResponse(request, response); result != Result::Ok)
-    {
-        return result;
-    }
-    LOG_DEBUG(messages.received << response << L"], size=" << response.size());
-    return Result::Ok;
-}
-
-int CHttpHelper::GetRange(Platform::Request& request, const wchar_t* objectPath, std::wstring_view rangeHeader,
-                          const RangeMessages& messages, RangeFailures failures)
-{
-    if (!OpenRequest(request, L"GET", objectPath))
-    {
-        LOG_FAILED_CALL(messages.openFailed);
-        return Result::RequestOpenFailed;
-    }
-    if (const int result = SetRequestHeader(request); result != Result::Ok)
-    {
-        return result;
-    }
-    if (!request.AddHeader(rangeHeader))
-    {
-        LOG_FAILED_CALL(messages.headerFailed);
-        return Result::RangeHeaderAddFailed;
-    }
-    if (!request.Send())
-    {
-        LOG_FAILED_CALL(messages.sendFailed);
-        if (failures.send != Result::Ok)
-        {
-            return failures.send;
-        }
-    }
-    else if (messages.sent != nullptr)
-    {
-        LOG_TRACE(messages.sent);
-    }
-    if (!request.Receive())
-    {
-        LOG_FAILED_CALL(messages.receiveFailed);
-        return failures.receive;
-    }
-    return Result::Ok;
-}
-
-std::wstring CHttpHelper::RangeHeader(std::uint32_t start, std::uint32_t size)
-{
-    WideText<100> header;
-    header << L"Range: bytes=" << start << L"-" << start + size - 1;
-    return header.c_str();
+    return SetRequestHeader(request);
 }
 
 int CHttpHelper::SetRequestHeader(Platform::Request& request)

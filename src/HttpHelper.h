@@ -1,5 +1,6 @@
 #pragma once
 
+#include "LocalFile.h"
 #include "Platform/WinHttp.h"
 
 #include <cstdint>
@@ -54,8 +55,10 @@ protected:
     // The clients own their helper by its own type.
     ~CHttpHelper();
 
-    /// Opens a request for a path below the base URL.
-    bool OpenRequest(Platform::Request& request, const wchar_t* verb, const wchar_t* objectPath) const;
+    /// Opens a request for a path below the base URL and adds the standard headers.
+    /// @param failure the line for a request that cannot be opened
+    /// @return 0, -108, or -115 to -119
+    int OpenRequest(Platform::Request& request, const wchar_t* verb, const wchar_t* objectPath, const wchar_t* failure);
 
     /// Adds the five standard headers.
     /// @return 0, or -115 to -119 for the header that failed
@@ -70,6 +73,29 @@ protected:
         const wchar_t* receiveFailed;
         const wchar_t* received;
     };
+
+    /// Where the uploads of the services differ.
+    struct UploadRules
+    {
+        enum class Closing
+        {
+            BeforeReceiving,
+            AfterReceiving
+        };
+
+        std::wstring (*contentType)(const std::string& boundary);
+        Platform::File::Share share;
+        Closing closing;
+        const wchar_t* openedFile; ///< the beginning of the line for a file that is open
+    };
+
+    /// Posts a local file as the form field "upfile".
+    /// @param objectPath    path below the base URL
+    /// @param announcedName the name to send for it, in the service's code page
+    /// @param response      receives the body of the answer, inflated
+    /// @return 0, -108, -109, -111, -113, -115 to -119, -120, or what GetResponse returned
+    int UploadFile(const wchar_t* objectPath, const UploadPath& path, std::string_view announcedName,
+                   const UploadRules& rules, const FormMessages& messages, std::string& response);
 
     /// Posts a multipart form from memory.
     /// @param objectPath path below the base URL
@@ -107,6 +133,8 @@ protected:
     static std::wstring RangeHeader(std::uint32_t start, std::uint32_t size);
 
 private:
+    int ReadAnswer(Platform::Request& request, const FormMessages& messages, std::string& response);
+
     std::wstring m_serverPrefix;
     Platform::Session m_session;
     Platform::Connection m_connection;

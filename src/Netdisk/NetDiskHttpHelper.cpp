@@ -7,7 +7,6 @@
 #include "../LocalFile.h"
 #include "../Multipart.h"
 #include "../Platform/File.h"
-#include "../RequestBody.h"
 #include "../ResponseBody.h"
 #include "../ResponseFile.h"
 
@@ -66,73 +65,22 @@ int CNetDiskHttpHelper::GetResponse(Request& request, std::string& response)
 int CNetDiskHttpHelper::FileUpload(const wchar_t* objectPath, const wchar_t* localFolder, const wchar_t* fileName,
                                    const wchar_t* announcedName, std::string& response)
 {
-    response.clear();
     LOG_TRACE(L"FileUpload(" << objectPath << L"," << localFolder << L"," << fileName << L"," << announcedName << L")");
-    Request request;
-    if (!OpenRequest(request, L"POST", objectPath))
-    {
-        LOG_FAILED_CALL(L"CNetDiskHttpHelper::FileUpload HttpOpenRequest error");
-        return Result::RequestOpenFailed;
-    }
-
-    const std::string boundary = BoundaryToken();
-    NarrowText<256> announced;
-    announced << announcedName;
-    const std::string head = Multipart::UploadHead(boundary, announced.view());
-    const std::string tail = Multipart::Tail(boundary);
     UploadPath path;
     path << localFolder << L"\\" << fileName;
-
-    if (const int result = SetRequestHeader(request); result != Result::Ok)
-    {
-        return result;
-    }
-    if (!request.AddHeader(Multipart::UploadContentType(boundary)))
-    {
-        LOG_FAILED_CALL(L"CNetDiskHttpHelper::FileUpload WinHttpAddRequestHeaders error");
-        return Result::HeaderAddFailed;
-    }
-
-    File file;
-    std::uint64_t fileSize = 0;
-    if (!OpenUploadFile(file, path, File::Share::Nothing))
-    {
-        return Result::LocalFileFailed;
-    }
-    LOG_DEBUG(L"File " << path.c_str() << L" open successfully");
-    if (!file.Size(fileSize))
-    {
-        LOG_LAST_ERROR();
-        return Result::LocalFileFailed;
-    }
-    const auto dwFileSize = static_cast<std::uint32_t>(fileSize);
-    LOG_DEBUG(L"dwFileSize=" << dwFileSize);
-
-    if (!request.SendHead(std::uint64_t{head.size()} + dwFileSize + tail.size()))
-    {
-        LOG_FAILED_CALL(L"CNetDiskHttpHelper::FileUpload WinHttpSendRequest error");
-        return Result::UploadSendFailed;
-    }
-    WriteBody(request, head);
-    if (!WriteFileBody(request, file, dwFileSize))
-    {
-        LOG_LAST_ERROR();
-        return Result::LocalFileFailed;
-    }
-    WriteBody(request, tail);
-
-    if (!request.Receive())
-    {
-        LOG_FAILED_CALL(L"CNetDiskHttpHelper::FileUpload WinHttpReceiveResponse error");
-        return Result::ReceiveFailed;
-    }
-    CloseLocalFile(file);
-    if (const int result = GetResponse(request, response); result != Result::Ok)
-    {
-        return result;
-    }
-    LOG_DEBUG(L"CNetDiskHttpHelper::FileUpload Receive:[" << response << L"], size=" << response.size());
-    return Result::Ok;
+    NarrowText<256> announced;
+    announced << announcedName;
+    return UploadFile(objectPath, path, announced.view(),
+                      {.contentType = Multipart::UploadContentType,
+                       .share = File::Share::Nothing,
+                       .closing = UploadRules::Closing::AfterReceiving,
+                       .openedFile = L"File "},
+                      {.openFailed = L"CNetDiskHttpHelper::FileUpload HttpOpenRequest error",
+                       .headerFailed = L"CNetDiskHttpHelper::FileUpload WinHttpAddRequestHeaders error",
+                       .sendFailed = L"CNetDiskHttpHelper::FileUpload WinHttpSendRequest error",
+                       .receiveFailed = L"CNetDiskHttpHelper::FileUpload WinHttpReceiveResponse error",
+                       .received = L"CNetDiskHttpHelper::FileUpload Receive:["},
+                      response);
 }
 
 int CNetDiskHttpHelper::FileCreate(const wchar_t* fileName, std::uint32_t totalSize, const char* md5,
@@ -174,12 +122,9 @@ int CNetDiskHttpHelper::FileDownload(const wchar_t* objectPath, const wchar_t* l
 {
     statusCode = 0;
     Request request;
-    if (!OpenRequest(request, L"GET", objectPath))
-    {
-        LOG_FAILED_CALL(L"CNetDiskHttpHelper::FileDownload() WinHttpOpenRequest error");
-        return Result::RequestOpenFailed;
-    }
-    if (const int result = SetRequestHeader(request); result != Result::Ok)
+    if (const int result =
+            OpenRequest(request, L"GET", objectPath, L"CNetDiskHttpHelper::FileDownload() WinHttpOpenRequest error");
+        result != Result::Ok)
     {
         return result;
     }

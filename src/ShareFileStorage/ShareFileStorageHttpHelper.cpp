@@ -6,7 +6,6 @@
 #include "../LocalFile.h"
 #include "../Multipart.h"
 #include "../Platform/File.h"
-#include "../RequestBody.h"
 #include "../ResponseBody.h"
 #include "../ResponseFile.h"
 
@@ -60,83 +59,29 @@ int CShareFileStorageHttpHelper::GetResponse(Request& request, std::string& resp
 int CShareFileStorageHttpHelper::FileUpload(const wchar_t* objectPath, const wchar_t* folder, const wchar_t* fileName,
                                             const wchar_t* serverName, std::string& response)
 {
-    response.clear();
     UploadPath path;
     path << folder << L"\\" << fileName;
-
-    Request request;
-    if (!OpenRequest(request, L"POST", objectPath))
-    {
-        LOG_FAILED_CALL(L"CShareFileStorageHttpHelper::FileUpload() WinHttpOpenRequest error");
-        return Result::RequestOpenFailed;
-    }
-    const std::string boundary = BoundaryToken();
     NarrowText<256, CodePage::Oem> name;
     name << serverName;
-    const std::string head = Multipart::UploadHead(boundary, name.view());
-    const std::string tail = Multipart::Tail(boundary);
-
-    if (const int result = SetRequestHeader(request); result != Result::Ok)
-    {
-        return result;
-    }
-    if (!request.AddHeader(Multipart::FormContentType(boundary)))
-    {
-        LOG_FAILED_CALL(L"CShareFileStorageHttpHelper::FileUpload() HttpAddRequestHeaders error");
-        return Result::HeaderAddFailed;
-    }
-
-    File file;
-    std::uint64_t fileSize = 0;
-    if (!OpenUploadFile(file, path, File::Share::ReadAndWrite))
-    {
-        return Result::LocalFileFailed;
-    }
-    LOG_DEBUG(L"CShareFileStorageHttpHelper::FileUpload() File " << path.c_str() << L" open successfully");
-    if (!file.Size(fileSize))
-    {
-        LOG_LAST_ERROR();
-        return Result::LocalFileFailed;
-    }
-    const auto dwFileSize = static_cast<std::uint32_t>(fileSize);
-    LOG_DEBUG(L"dwFileSize=" << dwFileSize);
-
-    if (!request.SendHead(std::uint64_t{head.size()} + dwFileSize + tail.size()))
-    {
-        LOG_FAILED_CALL(L"CShareFileStorageHttpHelper::FileUpload WinHttpSendRequest error");
-        return Result::UploadSendFailed;
-    }
-    WriteBody(request, head);
-    if (!WriteFileBody(request, file, dwFileSize))
-    {
-        LOG_LAST_ERROR();
-        return Result::LocalFileFailed;
-    }
-    WriteBody(request, tail);
-    CloseLocalFile(file);
-
-    if (!request.Receive())
-    {
-        LOG_FAILED_CALL(L"CShareFileStorageHttpHelper::FileUpload() WinHttpReceiveResponse error");
-        return Result::ReceiveFailed;
-    }
-    if (const int result = GetResponse(request, response); result != Result::Ok)
-    {
-        return result;
-    }
-    LOG_DEBUG(L"CShareFileStorageHttpHelper::FileUpload Receive:[" << response << L"], size=" << response.size());
-    return Result::Ok;
+    return UploadFile(objectPath, path, name.view(),
+                      {.contentType = Multipart::FormContentType,
+                       .share = File::Share::ReadAndWrite,
+                       .closing = UploadRules::Closing::BeforeReceiving,
+                       .openedFile = L"CShareFileStorageHttpHelper::FileUpload() File "},
+                      {.openFailed = L"CShareFileStorageHttpHelper::FileUpload() WinHttpOpenRequest error",
+                       .headerFailed = L"CShareFileStorageHttpHelper::FileUpload() HttpAddRequestHeaders error",
+                       .sendFailed = L"CShareFileStorageHttpHelper::FileUpload WinHttpSendRequest error",
+                       .receiveFailed = L"CShareFileStorageHttpHelper::FileUpload() WinHttpReceiveResponse error",
+                       .received = L"CShareFileStorageHttpHelper::FileUpload Receive:["},
+                      response);
 }
 
 int CShareFileStorageHttpHelper::FileDownload(const wchar_t* objectPath, const wchar_t* folder, const wchar_t* fileName)
 {
     Request request;
-    if (!OpenRequest(request, L"GET", objectPath))
-    {
-        LOG_FAILED_CALL(L"CShareFileStorageHttpHelper::FileDownload() WinHttpOpenRequest error");
-        return Result::RequestOpenFailed;
-    }
-    if (const int result = SetRequestHeader(request); result != Result::Ok)
+    if (const int result = OpenRequest(request, L"GET", objectPath,
+                                       L"CShareFileStorageHttpHelper::FileDownload() WinHttpOpenRequest error");
+        result != Result::Ok)
     {
         return result;
     }
