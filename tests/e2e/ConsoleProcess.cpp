@@ -105,6 +105,18 @@ bool ConsoleProcess::WaitForError(std::string_view text)
     return true;
 }
 
+void ConsoleProcess::Pause() const
+{
+    ::kill(m_process, SIGSTOP);
+    // The signal takes a while to arrive.
+    ::waitpid(m_process, nullptr, WUNTRACED);
+}
+
+void ConsoleProcess::Resume() const
+{
+    ::kill(m_process, SIGCONT);
+}
+
 void ConsoleProcess::Kill()
 {
     if (m_process > 0)

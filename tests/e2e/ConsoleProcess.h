@@ -23,6 +23,10 @@ public:
     /// @return false when the program ended before
     bool WaitForError(std::string_view text);
 
+    /// Has the program stand still until it shall go on.
+    void Pause() const;
+    void Resume() const;
+
     /// Ends the program at once, as a crash or a power cut would.
     void Kill();
 

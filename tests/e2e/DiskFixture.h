@@ -44,7 +44,7 @@ protected:
     std::string Server() const;
 
     /// A command of an account, with its options.
-    std::vector<std::string> Command(std::vector<std::string> arguments, const Account& account = kAnn) const;
+    virtual std::vector<std::string> Command(std::vector<std::string> arguments, const Account& account = kAnn) const;
 
     ConsoleRun Run(const std::vector<std::string>& arguments, const Account& account = kAnn) const;
 

@@ -1,8 +1,8 @@
 #include "support/DiskCalls.h"
+#include "support/Together.h"
 
 #include <map>
 #include <mutex>
-#include <thread>
 #include <vector>
 
 namespace quorvex::services::test
@@ -15,17 +15,6 @@ class ConcurrencyTest : public ServiceFixture
 {
 protected:
     static constexpr int Clients = 8;
-
-    // Runs the work once for each client, all at the same time.
-    template <class Work>
-    static void Together(Work work)
-    {
-        std::vector<std::jthread> threads;
-        for (int i = 0; i < Clients; ++i)
-        {
-            threads.emplace_back([i, &work] { work(i); });
-        }
-    }
 };
 
 } // namespace
@@ -37,7 +26,7 @@ TEST_F(ConcurrencyTest, ClientsDoNotDisturbEachOther)
     {
         clients.push_back(LoggedIn("user" + std::to_string(i)));
     }
-    Together([&](int i) {
+    Together(Clients, [&](int i) {
         ServiceClient& client = clients[static_cast<std::size_t>(i)];
         for (unsigned round = 0; round < 10; ++round)
         {
@@ -61,7 +50,7 @@ TEST_F(ConcurrencyTest, EqualContentIsSharedAndGoesWithItsLastFile)
     {
         clients.push_back(LoggedIn());
     }
-    Together([&](int i) {
+    Together(Clients, [&](int i) {
         ServiceClient& client = clients[static_cast<std::size_t>(i)];
         for (int round = 0; round < 20; ++round)
         {
@@ -84,7 +73,7 @@ TEST_F(ConcurrencyTest, BlocksOfOneFileArriveOverSeveralConnections)
     {
         clients.push_back(LoggedIn());
     }
-    Together([&](int i) {
+    Together(Clients, [&](int i) {
         const auto index = static_cast<std::size_t>(i);
         for (std::size_t block = index; block < Clients * 4; block += Clients)
         {
@@ -93,7 +82,7 @@ TEST_F(ConcurrencyTest, BlocksOfOneFileArriveOverSeveralConnections)
         }
     });
     // All at once: one finishes, the others find it finished.
-    Together([&](int i) { EXPECT_EQ(clients[static_cast<std::size_t>(i)].FinishLarge(key).status, 200); });
+    Together(Clients, [&](int i) { EXPECT_EQ(clients[static_cast<std::size_t>(i)].FinishLarge(key).status, 200); });
     EXPECT_TRUE(clients[0].Download(key).body == content);
 }
 
@@ -107,7 +96,7 @@ TEST_F(ConcurrencyTest, TheQuotaHoldsHoweverManyUploadAtOnce)
     }
     std::mutex mutex;
     std::map<int, int> statuses;
-    Together([&](int i) {
+    Together(Clients, [&](int i) {
         ServiceClient& client = clients[static_cast<std::size_t>(i)];
         const int status = client.UploadWhole("f", SampleBytes(100'000, static_cast<unsigned>(i))).status;
         const std::lock_guard lock(mutex);
@@ -132,7 +121,7 @@ TEST_F(ConcurrencyTest, ADownloadIsWholeOrRefusedWhenTheFileGoesForEver)
         const std::string folder = AddFolder(owner, "shared");
         const std::string key = PutFile(owner, "f", content, folder);
         const std::string code = Share(owner, {key}).Text("pcode");
-        Together([&](int i) {
+        Together(Clients, [&](int i) {
             if (i == 0)
             {
                 EXPECT_EQ(EraseFolder(owner, folder).status, 200);
@@ -159,7 +148,7 @@ TEST_F(ConcurrencyTest, OppositeMovesNeverCloseACircle)
     // Each folder into the next one: the last move that comes would close the circle.
     std::mutex mutex;
     std::map<int, int> statuses;
-    Together([&](int i) {
+    Together(Clients, [&](int i) {
         const auto index = static_cast<std::size_t>(i);
         const int status = MoveFolder(clients[index], folders[index], folders[(index + 1) % Clients]).status;
         const std::lock_guard lock(mutex);
@@ -184,7 +173,7 @@ TEST_F(ConcurrencyTest, AnItemIsRestoredOrErasedButOnce)
     const std::string item = ItemNamed(owner, "a");
     std::mutex mutex;
     std::map<int, int> statuses;
-    Together([&](int i) {
+    Together(Clients, [&](int i) {
         ServiceClient& client = clients[static_cast<std::size_t>(i)];
         const int status = (i % 2 == 0 ? Recover(client, item) : EraseItem(client, item)).status;
         const std::lock_guard lock(mutex);

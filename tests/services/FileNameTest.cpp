@@ -1,12 +1,13 @@
-#include "netdisk/FileName.h"
+#include "common/FileName.h"
 
+#include "common/DownloadAnswer.h"
 #include "common/HttpAnswers.h"
 
 #include <string>
 
 #include <gtest/gtest.h>
 
-namespace quorvex::services::netdisk::test
+namespace quorvex::services::test
 {
 
 TEST(FileName, MayBeAnyTextThatIsNotAPath)
@@ -43,4 +44,4 @@ TEST(ContentDisposition, IsNotBrokenByTheName)
     EXPECT_EQ(ContentDisposition("a;b\"c", "m"), "attachment;filename=\"a_b_c;md5=m");
 }
 
-} // namespace quorvex::services::netdisk::test
+} // namespace quorvex::services::test

@@ -71,6 +71,20 @@ TEST_F(HttpAnswersTest, UnknownPathsAndMethodsGetAMessage)
     EXPECT_EQ(client.Get("/object/capacity/info/").status, 404);
 }
 
+TEST_F(HttpAnswersTest, TheQueryMayHoldQuestionMarksHoweverItArrives)
+{
+    const std::string cookie = LoggedIn().Cookie();
+    const std::string request =
+        "GET /object/capacity/info?a=?&b=?? HTTP/1.1\r\nHost: h\r\nCookie: " + cookie + "\r\n\r\n";
+    for (const std::size_t cut : {0U, 27U, 28U, 30U, 40U})
+    {
+        const RawConnection connection(application_->Port());
+        connection.Send(request.substr(0, cut));
+        connection.Send(request.substr(cut));
+        EXPECT_EQ(ParseAnswer(connection.ReceiveAll()).status, 200) << cut;
+    }
+}
+
 TEST_F(HttpAnswersTest, GarbageDoesNoHarm)
 {
     const std::string requests[] = {"\r\n\r\n",

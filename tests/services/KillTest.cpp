@@ -1,11 +1,10 @@
+#include "support/Await.h"
 #include "support/DiskCalls.h"
 #include "support/RawHttp.h"
 #include "support/ServiceProcess.h"
 
 #include <atomic>
-#include <chrono>
 #include <csignal>
-#include <functional>
 #include <map>
 #include <mutex>
 #include <thread>
@@ -18,8 +17,6 @@ namespace quorvex::services::test
 namespace
 {
 
-constexpr std::chrono::seconds Patience{30};
-
 // The bytes of all files in a folder, which is all that shows from outside how far an upload has come.
 std::uintmax_t BytesIn(const std::filesystem::path& folder)
 {
@@ -31,20 +28,6 @@ std::uintmax_t BytesIn(const std::filesystem::path& folder)
         total += gone ? 0 : size;
     }
     return total;
-}
-
-bool Await(const std::function<bool()>& condition)
-{
-    const auto end = std::chrono::steady_clock::now() + Patience;
-    while (!condition())
-    {
-        if (std::chrono::steady_clock::now() > end)
-        {
-            return false;
-        }
-        std::this_thread::yield();
-    }
-    return true;
 }
 
 class KillTest : public ::testing::Test

@@ -1,4 +1,5 @@
 #include "support/DiskCalls.h"
+#include "support/StorageCalls.h"
 
 namespace quorvex::services::test
 {
@@ -85,6 +86,40 @@ TEST(MigrationTest, KeepsTheDiskOfTheFirstVersion)
     EXPECT_EQ(client.Download("gone").body, "content");
     EXPECT_EQ(RecycleFolder(client, AddFolder(client, "new")).status, 200);
     EXPECT_EQ(Share(client, {"kept", "gone"}).status, 200);
+}
+
+TEST(MigrationTest, AFolderOfTheNetworkDiskAloneGainsTheFileStorage)
+{
+    const TemporaryFolder folder;
+    Application::Options options;
+    options.dataFolder = folder.Path();
+    options.http.isQuiet = true;
+    options.hashIterations = 1;
+    std::string key;
+    {
+        Application application(options);
+        application.GetAccounts().Ensure("alice", "secret");
+        application.Start();
+        ServiceClient client(application.Port());
+        client.Login("alice", "secret");
+        key = client.UploadWhole("kept.txt", "content").Text("fkey");
+    }
+    {
+        // As the version before left it.
+        SQLite::Database database((folder.Path() / "services.db").string(), SQLite::OPEN_READWRITE);
+        database.exec("DROP TABLE storage_named_file; DROP TABLE storage_depot_file;"
+                      "DELETE FROM schema_step WHERE component = 'storage'");
+    }
+
+    Application application(options);
+    application.Start();
+    ServiceClient client(application.Port());
+    EXPECT_EQ(ResultOf(StorageLogin(client, "alice", "secret")), 200);
+    EXPECT_EQ(ResultOf(PutPicture(client, "p.png", "content")), 200);
+    EXPECT_EQ(GetFromDepot(client, "", PutInDepot(client, "d", "depot")).body, "depot");
+    EXPECT_EQ(GetPicture(client, "p.png").body, "content");
+    EXPECT_EQ(client.Download(key).body, "content");
+    EXPECT_EQ(CountFiles(folder.Path() / "blobs"), 2U);
 }
 
 } // namespace quorvex::services::test

@@ -4,6 +4,7 @@
 #include "wire/Scanner.h"
 
 #include <algorithm>
+#include <charconv>
 #include <cstring>
 #include <utility>
 
@@ -61,6 +62,16 @@ ArgumentForm parseArgument(Scanner& scanner, const Variables& variables)
         form.kind = Kind::OutBytes;
         parseRoom(scanner, form);
     }
+    else if (scanner.accept("ids "))
+    {
+        form.kind = Kind::OutIds;
+        parseRoom(scanner, form);
+    }
+    else if (scanner.accept("texts"))
+    {
+        form.kind = Kind::Texts;
+        form.keys = parseKeys(scanner, variables);
+    }
     else if (scanner.accept("out "))
     {
         form.kind = Kind::OutNumber;
@@ -112,8 +123,14 @@ Number load(std::string_view bytes)
     return value;
 }
 
-std::string shownNumber(std::string_view bytes, bool isSigned)
+std::string shownNumber(std::string_view bytes, NumberKind kind)
 {
+    if (kind == NumberKind::Floating)
+    {
+        char text[32];
+        return {text, std::to_chars(text, text + sizeof text, load<double>(bytes)).ptr};
+    }
+    const bool isSigned = kind == NumberKind::Signed;
     if (bytes.size() == sizeof(long long))
         return isSigned ? std::to_string(load<long long>(bytes)) : std::to_string(load<unsigned long long>(bytes));
     return isSigned ? std::to_string(load<int>(bytes)) : std::to_string(load<unsigned>(bytes));
@@ -138,6 +155,31 @@ std::string differenceOfBytes(std::string_view content, const std::string& expec
     if (behind != std::string(behind.size(), GuardedBuffer::fill))
         return "bytes behind the expected ones were written: " + quotedText(behind);
     return "";
+}
+
+/// The bytes of the numbers 17 4*42.
+std::string expectedIds(std::string_view raw)
+{
+    std::string bytes;
+    for (Scanner scanner(raw); !scanner.atEnd();)
+    {
+        const long long first = scanner.number();
+        const bool isRepeated = scanner.accept("*");
+        const auto id = static_cast<unsigned>(isRepeated ? scanner.number() : first);
+        for (long long i = isRepeated ? first : 1; i > 0; --i)
+            bytes.append(reinterpret_cast<const char*>(&id), sizeof id);
+    }
+    return bytes;
+}
+
+std::string differenceOfIds(std::string_view content, std::string_view expected)
+{
+    if (differenceOfBytes(content, expectedIds(expected)).empty())
+        return "";
+    std::string ids;
+    for (; !content.empty(); content.remove_prefix(sizeof(unsigned)))
+        ids += shownNumber(content.substr(0, sizeof(unsigned)), NumberKind::Unsigned) + " ";
+    return "is " + ids + "instead of " + std::string(expected);
 }
 
 } // namespace
@@ -178,6 +220,8 @@ Arguments::Arguments(const std::vector<ArgumentForm>& forms)
             argument.memory.emplace(static_cast<std::size_t>(form.number) * sizeof(wchar_t));
         else if (form.kind == Kind::OutBytes)
             argument.memory.emplace(static_cast<std::size_t>(form.number));
+        else if (form.kind == Kind::OutIds)
+            argument.memory.emplace(static_cast<std::size_t>(form.number) * sizeof(unsigned));
         else if (form.kind == Kind::Records)
             argument.records = makeRecords(form.recordsKind, form.keys);
         m_arguments.push_back(std::move(argument));
@@ -204,6 +248,25 @@ const wchar_t* Arguments::text(std::size_t index) const
     if (index < m_arguments.size() && m_arguments[index].form.kind == Kind::Null)
         return nullptr;
     return at(index, Kind::Text).wideText.c_str();
+}
+
+const char* Arguments::bytes(std::size_t index) const
+{
+    if (index < m_arguments.size() && m_arguments[index].form.kind == Kind::Null)
+        return nullptr;
+    return at(index, Kind::Text).form.text.c_str();
+}
+
+const std::vector<std::string>& Arguments::texts(std::size_t index) const
+{
+    return at(index, Kind::Texts).form.keys;
+}
+
+unsigned* Arguments::ids(std::size_t index)
+{
+    if (index < m_arguments.size() && m_arguments[index].form.kind == Kind::Null)
+        return nullptr;
+    return static_cast<unsigned*>(at(index, Kind::OutIds).memory->data());
 }
 
 wchar_t* Arguments::wide(std::size_t index)
@@ -235,16 +298,18 @@ std::string Arguments::difference(const Argument& argument, const std::string* e
     {
         if (isNumber)
         {
-            const std::string actual = shownNumber(memory.content(), argument.isSigned);
+            const std::string actual = shownNumber(memory.content(), argument.numberKind);
             return actual == std::to_string(argument.form.number) ? "" : "is " + actual + " instead of unchanged";
         }
         return memory.isUnchanged() ? "" : "is " + quotedText(memory.content()) + " instead of unchanged";
     }
     if (isNumber)
     {
-        const std::string actual = shownNumber(memory.content(), argument.isSigned);
+        const std::string actual = shownNumber(memory.content(), argument.numberKind);
         return actual == *expected ? "" : "is " + actual + " instead of " + *expected;
     }
+    if (argument.form.kind == Kind::OutIds)
+        return differenceOfIds(memory.content(), *expected);
     const std::string bytes = expectedBytes(*expected, variables);
     return argument.form.kind == Kind::OutWide ? differenceOfWide(memory.content(), bytes)
                                                : differenceOfBytes(memory.content(), bytes);

@@ -9,6 +9,7 @@
 #include <optional>
 #include <string>
 #include <string_view>
+#include <type_traits>
 #include <vector>
 
 namespace wire
@@ -26,6 +27,8 @@ struct ArgumentForm
         OutNumber, ///< out name, or out name=17
         OutWide,   ///< wide name[34]
         OutBytes,  ///< bytes name[10]
+        OutIds,    ///< ids name[10]
+        Texts,     ///< texts, or texts{"name", 3*"value"}
         Records    ///< files name, or files name{"key", 3*"key"}; also folders, pcodes ...
     };
 
@@ -34,10 +37,18 @@ struct ArgumentForm
     std::string text;
     long long number = 0; ///< a number's value; a buffer's room
     std::string recordsKind;
-    std::vector<std::string> keys; ///< of the records that the vector holds before the call
+    std::vector<std::string> keys; ///< of the records that the vector holds before the call; a vector's texts
 };
 
 std::vector<ArgumentForm> parseArguments(std::string_view raw, const Variables& variables);
+
+/// How a number that was written is to be read.
+enum class NumberKind
+{
+    Unsigned,
+    Signed,
+    Floating
+};
 
 /// Memory between two guard zones, filled so that every byte written shows.
 class GuardedBuffer
@@ -68,6 +79,9 @@ public:
     std::size_t count() const { return m_arguments.size(); }
 
     const wchar_t* text(std::size_t index) const;
+    const char* bytes(std::size_t index) const; ///< of a text, as they are
+    const std::vector<std::string>& texts(std::size_t index) const;
+    unsigned* ids(std::size_t index);
     wchar_t* wide(std::size_t index);
     void* buffer(std::size_t index);
 
@@ -82,7 +96,9 @@ public:
     Number& out(std::size_t index)
     {
         Argument& argument = at(index, ArgumentForm::Kind::OutNumber);
-        argument.isSigned = Number(-1) < Number(0);
+        argument.numberKind = std::is_floating_point_v<Number> ? NumberKind::Floating
+                              : Number(-1) < Number(0)         ? NumberKind::Signed
+                                                               : NumberKind::Unsigned;
         argument.memory.emplace(sizeof(Number));
         auto* const value = static_cast<Number*>(argument.memory->data());
         *value = static_cast<Number>(argument.form.number);
@@ -118,7 +134,7 @@ private:
         std::wstring wideText;
         std::optional<GuardedBuffer> memory;
         std::unique_ptr<Records> records;
-        bool isSigned = false;
+        NumberKind numberKind = NumberKind::Unsigned;
     };
 
     static std::string difference(const Argument& argument, const std::string* expected, const Variables& variables);

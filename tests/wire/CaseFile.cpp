@@ -264,6 +264,11 @@ private:
             const std::string name = expand(takeWord(rest), m_variables);
             m_file.steps.emplace_back(FileStep{name, expand(rest, m_variables)});
         }
+        else if (word == "sparse")
+        {
+            const std::string name = expand(takeWord(rest), m_variables);
+            m_file.steps.emplace_back(SparseStep{name, number<unsigned long long>(rest)});
+        }
         else if (word == "after")
         {
             const std::string name = expand(takeWord(rest), m_variables);

@@ -48,6 +48,13 @@ struct FileStep
     std::string content;
 };
 
+/// A file of zeros that takes no space where the file system can do that.
+struct SparseStep
+{
+    std::string name;
+    unsigned long long size = 0;
+};
+
 struct FolderStep
 {
     std::string name;
@@ -62,7 +69,7 @@ struct CallStep
     std::map<std::string, std::string> outs; ///< as they are written, by name
 };
 
-using Step = std::variant<ClientStep, FailStep, LevelsStep, FileStep, FolderStep, CallStep>;
+using Step = std::variant<ClientStep, FailStep, LevelsStep, FileStep, SparseStep, FolderStep, CallStep>;
 
 struct ExpectedRequest
 {

@@ -40,6 +40,13 @@ public:
         support::writeFile(m_folder / support::toWide(step.name), step.content);
     }
 
+    void operator()(const SparseStep& step) const
+    {
+        const fs::path path = m_folder / support::toWide(step.name);
+        support::writeFile(path, "");
+        fs::resize_file(path, step.size);
+    }
+
     void operator()(const FolderStep& step) const { fs::create_directories(m_folder / support::toWide(step.name)); }
 
     void operator()(const CallStep& step)

@@ -1,5 +1,6 @@
 #pragma once
 
+#include "support/Text.h"
 #include "wire/Arguments.h"
 
 #include <memory>
@@ -18,9 +19,27 @@ public:
     virtual std::string call(const std::string& operation, Arguments& arguments) = 0;
 };
 
-std::unique_ptr<Client> makeNetDisk(const Arguments& arguments);
+/// Results as a case writes them.
+inline std::string shown(int result)
+{
+    return std::to_string(result);
+}
 
-/// @param kind which class: "netdisk"
+inline std::string shown(bool result)
+{
+    return result ? "true" : "false";
+}
+
+inline std::string shown(const wchar_t* result)
+{
+    return result == nullptr ? "null" : "\"" + support::toUtf8(result) + "\"";
+}
+
+std::unique_ptr<Client> makeNetDisk(const Arguments& arguments);
+std::unique_ptr<Client> makeSearch(const Arguments& arguments);
+std::unique_ptr<Client> makeStorage(const Arguments& arguments);
+
+/// @param kind which class: "netdisk", "search", "storage"
 std::unique_ptr<Client> makeClient(const std::string& kind, const Arguments& arguments);
 
 } // namespace wire

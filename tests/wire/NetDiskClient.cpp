@@ -1,4 +1,3 @@
-#include "support/Text.h"
 #include "wire/Client.h"
 
 #include <quorvex/NetDisk.h>
@@ -27,21 +26,6 @@ public:
     using CNetDisk::UserLoginWithTicket;
     using CNetDisk::UserRelogin;
 };
-
-std::string shown(int result)
-{
-    return std::to_string(result);
-}
-
-std::string shown(bool result)
-{
-    return result ? "true" : "false";
-}
-
-std::string shown(const wchar_t* result)
-{
-    return result == nullptr ? "null" : "\"" + support::toUtf8(result) + "\"";
-}
 
 std::string folderList(OpenNetDisk& disk, Arguments& a)
 {
@@ -208,6 +192,10 @@ std::unique_ptr<Client> makeClient(const std::string& kind, const Arguments& arg
 {
     if (kind == "netdisk")
         return makeNetDisk(arguments);
+    if (kind == "search")
+        return makeSearch(arguments);
+    if (kind == "storage")
+        return makeStorage(arguments);
     throw CaseError("unknown client " + kind);
 }
 

@@ -3,6 +3,7 @@
 #include "support/Text.h"
 #include "wire/Scanner.h"
 
+#include <quorvex/FileStorageRecords.h>
 #include <quorvex/NetDisk.h>
 
 #include <algorithm>
@@ -20,7 +21,18 @@ using namespace quorvex::netdisk;
 template <class Record, class Visit>
 void visitFields(Record& record, Visit visit)
 {
-    if constexpr (requires { record.fkey; })
+    if constexpr (requires { record.fname; })
+    {
+        visit("fkey", record.fkey);
+        visit("fname", record.fname);
+        visit("fsize", record.fsize);
+        visit("fmd5", record.fmd5);
+        visit("fsha1", record.fsha1);
+        visit("createtime", record.createtime);
+        visit("finish", record.finish);
+        visit("leftminute", record.leftminute);
+    }
+    else if constexpr (requires { record.fkey; })
     {
         visit("fkey", record.fkey);
         visit("name", record.name);
@@ -236,6 +248,7 @@ const std::map<std::string, Make, std::less<>>& makers()
         {"files-utf8", callersRecords<_FileInfoUTF8>},
         {"folders-utf8", callersRecords<_FolderInfoUTF8>},
         {"items-utf8", callersRecords<_RItemInfoUTF8>},
+        {"large-files", callersRecords<quorvex::LargeFileInfo>},
     };
     return all;
 }

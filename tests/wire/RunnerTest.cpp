@@ -95,6 +95,7 @@ TEST(RecordVectors, HoldWhatTheyAreGiven)
     EXPECT_EQ(recordsDifference("pcodes", R"({pcode="a"} 2*{pcode="b"})"), "");
     EXPECT_EQ(recordsDifference("items", R"({rs_id="a"} 2*{rs_id="b"})"), "");
     EXPECT_EQ(recordsDifference("items-utf8", R"({rs_id="a"} 2*{rs_id="b"})"), "");
+    EXPECT_EQ(recordsDifference("large-files", R"({fkey="a"} 2*{fkey="b", createtime=""})"), "");
 }
 
 TEST(RecordVectors, ShowWhatDiffers)
@@ -159,6 +160,45 @@ TEST(ArgumentLists, TellWhatWasWritten)
     EXPECT_TRUE(arguments.differences({{"k", "\"abc\""}, {"d", "\"xy\""}, {"n", "4294967295"}}, variables).empty());
     EXPECT_EQ(arguments.differences({{"k", "\"ab\""}, {"d", "\"x\""}, {"n", "1"}}, variables).size(), 3u);
     EXPECT_THROW(arguments.differences({{"other", "1"}}, variables), CaseError);
+}
+
+TEST(ArgumentLists, TellWhichFractionsWereWritten)
+{
+    Arguments arguments(parseArguments("(out d, out e)", variables));
+    arguments.out<double>(0);
+    arguments.out<double>(1);
+    EXPECT_TRUE(arguments.differences({}, variables).empty());
+    arguments.out<double>(0) = 2.5;
+    arguments.out<double>(1) = -1e300;
+    EXPECT_TRUE(arguments.differences({{"d", "2.5"}, {"e", "-1e+300"}}, variables).empty());
+    EXPECT_EQ(arguments.differences({{"d", "2"}, {"e", "0"}}, variables).size(), 2u);
+    EXPECT_EQ(arguments.differences({}, variables).size(), 2u);
+}
+
+TEST(ArgumentLists, HoldNarrowTexts)
+{
+    const Arguments arguments(parseArguments(R"x((texts{"a", 2*"b\xFF"}, texts, "c\xFF", null))x", variables));
+    EXPECT_EQ(arguments.texts(0), (std::vector<std::string>{"a", "b\xFF", "b\xFF"}));
+    EXPECT_TRUE(arguments.texts(1).empty());
+    EXPECT_STREQ(arguments.bytes(2), "c\xFF");
+    EXPECT_EQ(arguments.bytes(3), nullptr);
+    EXPECT_THROW(arguments.texts(2), CaseError);
+}
+
+TEST(ArgumentLists, TellWhichIdsWereWritten)
+{
+    Arguments arguments(parseArguments("(ids u[4])", variables));
+    EXPECT_TRUE(arguments.differences({}, variables).empty());
+    arguments.ids(0)[0] = 4294967295u;
+    arguments.ids(0)[1] = arguments.ids(0)[2] = 42;
+    EXPECT_TRUE(arguments.differences({{"u", "4294967295 2*42"}}, variables).empty());
+    EXPECT_EQ(arguments.differences({}, variables).size(), 1u);
+    EXPECT_EQ(arguments.differences({{"u", "4294967295 42"}}, variables).size(), 1u);
+    EXPECT_EQ(arguments.differences({{"u", "4294967295 3*42"}}, variables).size(), 1u);
+    EXPECT_EQ(arguments.differences({{"u", "4294967295 43 42"}}, variables).size(), 1u);
+    EXPECT_THROW(arguments.differences({{"u", "x"}}, variables), CaseError);
+    arguments.ids(0)[4] = 1;
+    EXPECT_EQ(arguments.differences({{"u", "4294967295 2*42"}}, variables).size(), 1u);
 }
 
 TEST(ArgumentLists, TellWhatWasWrittenOutside)
