@@ -26,7 +26,7 @@ only 'only the inflater knows zlib' 'zlib\.h' '^src/Inflate' src
 only 'only the reply parsers know JsonCpp' 'json/.*' 'JsonHelper|/FileStorage3\.' src
 only 'only CommonUtil and http_sync know the host library' 'ferrolink/.*' '^src/(CommonUtil|http_sync)' src
 only 'CommonUtil and Platform stand below the transport' '.*(HttpHelper|http_sync)\.h' \
-    '^src/(.*HttpHelper|http_sync|Netdisk/|ShareFileStorage/|OnlineUserSearch/)' src
+    '^src/(.*HttpHelper|HttpTransfer|http_sync|Netdisk/|ShareFileStorage/|OnlineUserSearch/)' src
 only 'Platform stands below everything' '\.\./[^P].*|.*CommonUtil.*|ferrolink/.*' "$none" src/Platform
 only 'the console uses the public headers only' '.*(src|Platform|Netdisk|CommonUtil|HttpHelper)/.*|(\.\./)+src.*' "$none" \
     host/console

@@ -39,6 +39,7 @@ stop_services() {
     rm -f "$1/pid" "$1/port"
 }
 
+# services_url STATE SERVICE: the address of object (the network disk), storage or search
 services_url() {
-    printf 'http://127.0.0.1:%s/object' "$(<"$1/port")"
+    printf 'http://127.0.0.1:%s/%s' "$(<"$1/port")" "$2"
 }
