@@ -31,7 +31,7 @@ Application::Application(Options options)
       database_(options_.dataFolder / "services.db"),
       accounts_(database_, options_.hashIterations),
       sessions_(database_, options_.clock, options_.lifetimes),
-      throttle_(options_.clock),
+      passwords_(accounts_, options_.clock),
       blobs_(database_, options_.dataFolder),
       partials_(database_, options_.dataFolder),
       folders_(database_, options_.clock),
@@ -39,24 +39,48 @@ Application::Application(Options options)
       recycleBin_(database_, folders_, netDiskStore_, options_.clock),
       shares_(database_, folders_, netDiskStore_, options_.clock),
       largeFiles_(database_, blobs_, partials_, netDiskStore_),
-      passport_(accounts_, sessions_, throttle_),
+      storageSpace_(database_, options_.storageLimits),
+      namedFiles_(database_, blobs_, storageSpace_),
+      depot_(database_, blobs_, partials_, storageSpace_, options_.clock, options_.storageLimits.keepingTime),
+      depotBlocks_(database_, blobs_, partials_, depot_),
+      ticketUploads_(depot_, depotBlocks_),
+      userValues_(database_),
+      onlineUsers_(database_, options_.clock, options_.presenceLifetime),
+      passport_(sessions_, passwords_),
       netDisk_(sessions_, netDiskStore_, recycleBin_, largeFiles_, blobs_),
       folderService_(folders_, netDiskStore_, recycleBin_),
       shareService_(sessions_, shares_),
+      sessionService_(sessions_, passwords_),
+      storageService_(sessions_, storageSpace_, namedFiles_, depot_, blobs_),
+      depotService_(sessions_, storageSpace_, depot_, depotBlocks_),
+      apiService_(sessions_, storageSpace_, namedFiles_, depot_, ticketUploads_, blobs_),
+      searchService_(accounts_, sessions_, userValues_, onlineUsers_),
       admin_(accounts_, sessions_),
       server_(options_.http)
 {
     blobs_.Recover();
     partials_.Recover();
+    depot_.Sweep();
     passport_.AddRoutes(server_);
     AccountRoutes routes(server_, sessions_);
     netDisk_.AddRoutes(routes, server_);
     folderService_.AddRoutes(routes);
     shareService_.AddRoutes(routes, server_);
+    ResultRoutes resultRoutes(server_);
+    sessionService_.AddRoutes(resultRoutes, "/storage");
+    sessionService_.AddPasswordRoute(resultRoutes, "/storage");
+    storageService_.AddRoutes(resultRoutes, server_);
+    depotService_.AddRoutes(resultRoutes, server_);
+    apiService_.AddRoutes(server_);
+    sessionService_.AddRoutes(resultRoutes, "/search",
+                              [this](std::int64_t account) { onlineUsers_.EndPresence(account); });
+    searchService_.AddRoutes(resultRoutes);
     if (options_.hasAdmin)
     {
         admin_.AddRoutes(server_);
         shareService_.AddAdminRoutes(server_);
+        depotService_.AddAdminRoutes(server_);
+        searchService_.AddAdminRoutes(server_);
     }
 }
 

@@ -7,8 +7,9 @@
 #include "common/Database.h"
 #include "common/FileHandle.h"
 #include "common/HttpServer.h"
-#include "common/LoginThrottle.h"
 #include "common/PartialFiles.h"
+#include "common/PasswordLogin.h"
+#include "common/SessionService.h"
 #include "common/Sessions.h"
 #include "netdisk/FolderService.h"
 #include "netdisk/Folders.h"
@@ -19,6 +20,16 @@
 #include "netdisk/RecycleBin.h"
 #include "netdisk/ShareService.h"
 #include "netdisk/Shares.h"
+#include "search/OnlineUsers.h"
+#include "search/SearchService.h"
+#include "search/UserValues.h"
+#include "storage/ApiService.h"
+#include "storage/Depot.h"
+#include "storage/DepotService.h"
+#include "storage/NamedFiles.h"
+#include "storage/Space.h"
+#include "storage/StorageService.h"
+#include "storage/TicketUploads.h"
 
 #include <filesystem>
 
@@ -35,6 +46,8 @@ public:
         HttpServer::Options http;
         Sessions::Lifetimes lifetimes;
         netdisk::Limits netDiskLimits;
+        storage::Limits storageLimits;
+        std::int64_t presenceLifetime = search::OnlineUsers::DefaultLifetime;
         int hashIterations = 120'000;
         bool hasAdmin = true;
         Clock clock = SystemClock();
@@ -56,7 +69,7 @@ private:
     Database database_;
     Accounts accounts_;
     Sessions sessions_;
-    LoginThrottle throttle_;
+    PasswordLogin passwords_;
     BlobStore blobs_;
     PartialFiles partials_;
     netdisk::Folders folders_;
@@ -64,10 +77,22 @@ private:
     netdisk::RecycleBin recycleBin_;
     netdisk::Shares shares_;
     netdisk::LargeFiles largeFiles_;
+    storage::Space storageSpace_;
+    storage::NamedFiles namedFiles_;
+    storage::Depot depot_;
+    BlockFiles depotBlocks_;
+    storage::TicketUploads ticketUploads_;
+    search::UserValues userValues_;
+    search::OnlineUsers onlineUsers_;
     netdisk::PassportService passport_;
     netdisk::NetDiskService netDisk_;
     netdisk::FolderService folderService_;
     netdisk::ShareService shareService_;
+    SessionService sessionService_;
+    storage::StorageService storageService_;
+    storage::DepotService depotService_;
+    storage::ApiService apiService_;
+    search::SearchService searchService_;
     AdminService admin_;
     HttpServer server_;
 };

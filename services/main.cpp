@@ -15,11 +15,12 @@ namespace
 using quorvex::services::Application;
 
 constexpr const char* Description =
-    "The web services that quorvex talks to, for development: accounts and the network disk over HTTP.";
+    "The web services that quorvex talks to, for development: accounts, the network disk, the shared file "
+    "storage and the online-user search over HTTP.";
 
 constexpr const char* Examples = R"(Examples:
   quorvex-services --data state --port 8080 --user alice:secret
-      Serves http://127.0.0.1:8080/object/ with one account; state/ keeps everything.
+      Serves http://127.0.0.1:8080/object/, /storage/ and /search/ with one account; state/ keeps everything.
   quorvex-services --data state --port 0
       Lets the system pick a free port and prints the address once it can be used.
   curl -H 'Content-Type: application/json' -d '{"account":"alice"}' http://127.0.0.1:8080/admin/tickets
@@ -73,8 +74,18 @@ void Define(CLI::App& app, CommandLine& line)
         ->check(CLI::PositiveNumber)
         ->capture_default_str();
     app.add_option("--quota", options.netDiskLimits.quota, "Bytes that each disk may hold")->capture_default_str();
+    app.add_option("--storage-quota", options.storageLimits.quota,
+                   "Bytes that an account's pictures, emoticons and depot files may have together")
+        ->capture_default_str();
+    app.add_option("--keeping-time", options.storageLimits.keepingTime, "Seconds for which the depot keeps a file")
+        ->check(CLI::PositiveNumber)
+        ->capture_default_str();
     app.add_option("--max-file-size", options.netDiskLimits.maxFileSize, "Bytes that one file may have")
         ->check(CLI::Range(0ULL, 0xFFFFFFFFULL))
+        ->capture_default_str();
+    app.add_option("--presence-lifetime", options.presenceLifetime,
+                   "Seconds after which a user who reports no status counts as offline")
+        ->check(CLI::PositiveNumber)
         ->capture_default_str();
     app.add_option("--threads", options.http.threads, "Requests served at a time")
         ->check(CLI::Range(1, 1024))
@@ -120,6 +131,7 @@ int main(int argc, char** argv)
         CommandLine line;
         Define(app, line);
         CLI11_PARSE(app, argc, argv);
+        line.options.storageLimits.maxFileSize = line.options.netDiskLimits.maxFileSize;
         Serve(line);
         return 0;
     }

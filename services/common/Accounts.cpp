@@ -30,11 +30,6 @@ std::optional<Credentials> Load(Transaction& transaction, const std::string& nam
                        query.getColumn(3).getInt()};
 }
 
-void BindBytes(SQLite::Statement& statement, int index, const std::string& bytes)
-{
-    statement.bind(index, bytes.data(), static_cast<int>(bytes.size()));
-}
-
 } // namespace
 
 Accounts::Accounts(Database& database, int hashIterations) : database_(database), hashIterations_(hashIterations)

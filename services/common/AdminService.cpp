@@ -32,6 +32,16 @@ void RequireLocalJson(const httplib::Request& request)
     }
 }
 
+std::int64_t RequireAccount(Accounts& accounts, const std::string& name)
+{
+    const auto account = accounts.Find(name);
+    if (!account)
+    {
+        throw HttpError(Status::NotFound, "no such account");
+    }
+    return *account;
+}
+
 Sessions::Kind KindNamed(const std::string& name)
 {
     if (name.empty() || name == "service")
@@ -71,6 +81,12 @@ void AdminService::AddRoute(HttpServer& server, const std::string& path, Handler
     });
 }
 
+std::optional<std::int64_t> AdminService::NamedAccount(Accounts& accounts, const Json::Value& body)
+{
+    const std::string name = OptionalText(body, "account");
+    return name.empty() ? std::nullopt : std::optional(RequireAccount(accounts, name));
+}
+
 Json::Value AdminService::AddUser(const Json::Value& body)
 {
     Json::Value reply(Json::objectValue);
@@ -80,7 +96,7 @@ Json::Value AdminService::AddUser(const Json::Value& body)
 
 Json::Value AdminService::IssueTicket(const Json::Value& body)
 {
-    const std::int64_t account = RequireAccount(RequiredText(body, "account"));
+    const std::int64_t account = RequireAccount(accounts_, RequiredText(body, "account"));
     const Json::Value lifetime = body.get("lifetime", Json::Int64{DefaultTicketLifetime});
     const Json::Value isSingleUse = body.get("single_use", false);
     if (!lifetime.isInt() || !isSingleUse.isBool())
@@ -96,21 +112,9 @@ Json::Value AdminService::IssueTicket(const Json::Value& body)
 
 Json::Value AdminService::ExpireSessions(const Json::Value& body)
 {
-    const std::string name = OptionalText(body, "account");
-    const auto account = name.empty() ? std::nullopt : std::optional(RequireAccount(name));
     Json::Value reply(Json::objectValue);
-    reply["expired"] = sessions_.Expire(KindNamed(OptionalText(body, "kind")), account);
+    reply["expired"] = sessions_.Expire(KindNamed(OptionalText(body, "kind")), NamedAccount(accounts_, body));
     return reply;
-}
-
-std::int64_t AdminService::RequireAccount(const std::string& name)
-{
-    const auto account = accounts_.Find(name);
-    if (!account)
-    {
-        throw HttpError(Status::NotFound, "no such account");
-    }
-    return *account;
 }
 
 } // namespace quorvex::services

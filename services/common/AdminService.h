@@ -6,6 +6,7 @@
 
 #include <cstdint>
 #include <functional>
+#include <optional>
 #include <string>
 
 #include <json/value.h>
@@ -27,11 +28,13 @@ public:
     // A route that, like all of them, answers only programs on the same machine.
     static void AddRoute(HttpServer& server, const std::string& path, Handler handler);
 
+    // The existing account that a body names, nothing when it names none.
+    static std::optional<std::int64_t> NamedAccount(Accounts& accounts, const Json::Value& body);
+
 private:
     Json::Value AddUser(const Json::Value& body);
     Json::Value IssueTicket(const Json::Value& body);
     Json::Value ExpireSessions(const Json::Value& body);
-    std::int64_t RequireAccount(const std::string& name);
 
     Accounts& accounts_;
     Sessions& sessions_;

@@ -51,6 +51,11 @@ void BlobStore::Incoming::Append(std::string_view bytes)
     md5_.Append(bytes);
 }
 
+BlobContent BlobStore::Incoming::Finish()
+{
+    return {md5_.Finish(), Size()};
+}
+
 BlobStore::BlobStore(Database& database, const std::filesystem::path& root)
     : database_(database), root_(root / "blobs"), temporary_(root / "tmp")
 {
@@ -94,7 +99,7 @@ void BlobStore::Recover()
 BlobStore::Staged BlobStore::Stage(Incoming& incoming)
 {
     incoming.writer_.Sync();
-    Staged staged(NewPath(), {incoming.md5_.Finish(), incoming.Size()});
+    Staged staged(NewPath(), incoming.Finish());
     std::filesystem::rename(incoming.path_, staged.file_);
     SyncFolder(staged.file_.parent_path());
     return staged;

@@ -18,6 +18,8 @@ struct BlobContent
 {
     std::string md5;
     std::uint64_t size = 0;
+
+    bool operator==(const BlobContent&) const = default;
 };
 
 // Files of content that the services' rows refer to. Equal content is held once and counted: the last reference that
@@ -56,6 +58,10 @@ public:
 
         void Append(std::string_view bytes);
         std::uint64_t Size() const { return writer_.Position(); }
+
+        // What has arrived; nothing is appended after that.
+        BlobContent Finish();
+        FileHandle Read() const { return {path_, FileHandle::Mode::Read}; }
 
     private:
         friend class BlobStore;

@@ -44,6 +44,11 @@ void Database::Migrate(const std::string& component, std::initializer_list<const
     });
 }
 
+void BindBytes(SQLite::Statement& statement, int index, const std::string& bytes)
+{
+    statement.bind(index, bytes.data(), static_cast<int>(bytes.size()));
+}
+
 void BindOptional(SQLite::Statement& statement, int index, const std::optional<std::string>& value)
 {
     if (value)

@@ -69,6 +69,8 @@ private:
     std::mutex mutex_;
 };
 
+void BindBytes(SQLite::Statement& statement, int index, const std::string& bytes);
+
 // Nothing stands for NULL.
 void BindOptional(SQLite::Statement& statement, int index, const std::optional<std::string>& value);
 std::optional<std::string> OptionalColumn(SQLite::Statement& statement, const char* column);

@@ -22,6 +22,7 @@ constexpr int Conflict = 409;
 constexpr int PayloadTooLarge = 413;
 constexpr int UnsupportedMediaType = 415;
 constexpr int RangeNotSatisfiable = 416;
+constexpr int Locked = 423;
 constexpr int TooManyRequests = 429;
 constexpr int InternalError = 500;
 constexpr int InsufficientStorage = 507;

@@ -4,6 +4,7 @@
 #include <array>
 #include <cerrno>
 #include <chrono>
+#include <string>
 
 #include <arpa/inet.h>
 #include <netinet/in.h>
@@ -95,6 +96,7 @@ ssize_t HttpConnection::read(char* data, std::size_t size)
         }
         position_ = 0;
         filled_ = static_cast<std::size_t>(received);
+        EscapeTarget();
     }
     const std::size_t count = std::min(size, filled_ - position_);
     std::copy_n(buffer_.data() + position_, count, data);
@@ -138,6 +140,34 @@ void HttpConnection::Linger()
     ::shutdown(socket_, SHUT_WR);
     while (Receive(buffer_) > 0)
     {
+    }
+}
+
+// Clients send question marks and hash signs in a file's name as they are, in the path and in the query. The library
+// refuses a second question mark and drops what follows a hash sign.
+void HttpConnection::EscapeTarget()
+{
+    std::string line;
+    std::size_t read = 0;
+    for (; read < filled_ && !isRequestLineRead_; ++read)
+    {
+        const char letter = buffer_[read];
+        if (letter == '#' || (isInQuery_ && letter == '?'))
+        {
+            line += letter == '?' ? "%3F" : "%23";
+        }
+        else
+        {
+            line += letter;
+        }
+        isInQuery_ = isInQuery_ || letter == '?';
+        isRequestLineRead_ = letter == '\n';
+    }
+    if (line.size() != read)
+    {
+        buffer_.insert(buffer_.begin(), line.size() - read, '\0');
+        std::copy(line.begin(), line.end(), buffer_.begin());
+        filled_ += line.size() - read;
     }
 }
 

@@ -33,11 +33,14 @@ public:
 
 private:
     ssize_t Receive(std::span<char> buffer) const;
+    void EscapeTarget();
 
     socket_t socket_;
     std::vector<char> buffer_;
     std::size_t position_ = 0;
     std::size_t filled_ = 0;
+    bool isInQuery_ = false;
+    bool isRequestLineRead_ = false;
 };
 
 } // namespace quorvex::services

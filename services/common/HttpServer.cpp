@@ -38,12 +38,18 @@ void LogLine(const std::string& text)
     std::fwrite(line.data(), 1, line.size(), stderr);
 }
 
+// Without the query, in which some protocols send passwords and sessions.
+std::string PathOf(const httplib::Request& request)
+{
+    std::string path = request.target.substr(0, request.target.find('?'));
+    std::replace_if(
+        path.begin(), path.end(), [](char letter) { return letter <= ' ' || letter > '~'; }, '?');
+    return path;
+}
+
 void LogRequest(const httplib::Request& request, const httplib::Response& response)
 {
-    std::string target = request.target;
-    std::replace_if(
-        target.begin(), target.end(), [](char letter) { return letter <= ' ' || letter > '~'; }, '?');
-    LogLine(request.remote_addr + " " + request.method + " " + target + " " + std::to_string(response.status));
+    LogLine(request.remote_addr + " " + request.method + " " + PathOf(request) + " " + std::to_string(response.status));
 }
 
 // The library would parse forms itself, hold their values in memory and drop the connection at the first fault, and it
@@ -77,14 +83,14 @@ void AnswerException(const httplib::Request& request, httplib::Response& respons
     }
     catch (const std::system_error& error)
     {
-        LogLine(request.target + ": " + error.what());
+        LogLine(PathOf(request) + ": " + error.what());
         const bool isFull = error.code() == std::errc::no_space_on_device;
         AnswerError(request, response, isFull ? Status::InsufficientStorage : Status::InternalError,
                     isFull ? "the service's disk is full" : "internal error");
     }
     catch (const std::exception& error)
     {
-        LogLine(request.target + ": " + error.what());
+        LogLine(PathOf(request) + ": " + error.what());
         AnswerError(request, response, Status::InternalError, "internal error");
     }
 }
@@ -202,6 +208,11 @@ HttpServer::~HttpServer()
 void HttpServer::Get(const std::string& path, GetHandler handler)
 {
     listener_->Get(PatternOf(path), std::move(handler));
+}
+
+void HttpServer::GetBelow(const std::string& path, GetHandler handler)
+{
+    listener_->Get(PatternOf(path) + "[\\s\\S]*", std::move(handler));
 }
 
 void HttpServer::Post(const std::string& path, PostHandler handler)

@@ -35,6 +35,10 @@ public:
 
     // Routes are added before Start.
     void Get(const std::string& path, GetHandler handler);
+
+    // Whatever lies below the path, which ends with a slash.
+    void GetBelow(const std::string& path, GetHandler handler);
+
     void Post(const std::string& path, PostHandler handler);
 
     // Throws std::runtime_error when the address cannot be had.

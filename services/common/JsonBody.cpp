@@ -17,7 +17,9 @@ namespace
 constexpr std::size_t MaxBodySize = 64UL * 1024;
 constexpr int MaxNesting = 16;
 
-std::string ReadText(const httplib::ContentReader& read)
+} // namespace
+
+std::string ReadTextBody(const httplib::ContentReader& read)
 {
     std::string text;
     bool isTooLarge = false;
@@ -40,11 +42,9 @@ std::string ReadText(const httplib::ContentReader& read)
     return text;
 }
 
-} // namespace
-
 Json::Value ReadJsonBody(const httplib::ContentReader& read)
 {
-    const std::string text = ReadText(read);
+    const std::string text = ReadTextBody(read);
     Json::CharReaderBuilder builder;
     builder["stackLimit"] = MaxNesting;
     builder["failIfExtra"] = true;

@@ -10,6 +10,9 @@
 namespace quorvex::services
 {
 
+// A request's body of at most 64 KiB; a larger or broken one ends the request.
+std::string ReadTextBody(const httplib::ContentReader& read);
+
 // Reads a request's body as one JSON object. Clients build their bodies by hand, without escaping and cut at a fixed
 // size: whatever is not an object ends the request as a bad one.
 Json::Value ReadJsonBody(const httplib::ContentReader& read);

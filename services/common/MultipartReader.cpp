@@ -43,16 +43,38 @@ std::optional<FormPart> ParseDisposition(std::string_view line)
     return FormPart{*name, QuotedParameter(line.substr(fileNameStart), "filename=\"", true)};
 }
 
+constexpr std::string_view Disposition = "content-disposition:";
+constexpr std::string_view LoneDisposition = "content_disposition:";
+
+// The bytes of a part that begin with the line end behind its boundary.
+struct PartHead
+{
+    std::size_t size = std::string_view::npos; // npos while its end has not come
+    std::size_t endSize = 0;                   // of what stands between it and the data
+};
+
+PartHead FindPartHead(std::string_view part)
+{
+    constexpr std::string_view lineEnd = "\r\n";
+    constexpr std::string_view emptyLine = "\r\n\r\n";
+    const std::string_view firstLine = part.substr(std::min(lineEnd.size(), part.size()));
+    if (StartsWithIgnoringCase(firstLine, LoneDisposition))
+    {
+        return {part.find(lineEnd, lineEnd.size()), lineEnd.size()};
+    }
+    return {part.find(emptyLine), emptyLine.size()};
+}
+
 std::optional<FormPart> ParsePartHeaders(std::string_view headers)
 {
-    constexpr std::string_view disposition = "content-disposition:";
+    static_assert(Disposition.size() == LoneDisposition.size());
     while (!headers.empty())
     {
         const std::size_t end = std::min(headers.find("\r\n"), headers.size());
         const std::string_view line = headers.substr(0, end);
-        if (StartsWithIgnoringCase(line, disposition))
+        if (StartsWithIgnoringCase(line, Disposition) || StartsWithIgnoringCase(line, LoneDisposition))
         {
-            return ParseDisposition(line.substr(disposition.size()));
+            return ParseDisposition(line.substr(Disposition.size()));
         }
         headers.remove_prefix(std::min(end + 2, headers.size()));
     }
@@ -147,18 +169,19 @@ bool MultipartReader::ReadBoundaryEnd()
 // none.
 bool MultipartReader::ReadHeaders()
 {
-    const std::size_t end = pending_.find("\r\n\r\n");
-    if (end == std::string::npos && pending_.size() <= MaxHeaderSize)
+    const PartHead head = FindPartHead(pending_);
+    if (head.size == std::string::npos && pending_.size() <= MaxHeaderSize)
     {
         return false;
     }
-    const auto part = end <= MaxHeaderSize ? ParsePartHeaders(std::string_view(pending_).substr(0, end)) : std::nullopt;
+    const auto part =
+        head.size <= MaxHeaderSize ? ParsePartHeaders(std::string_view(pending_).substr(0, head.size)) : std::nullopt;
     if (!part)
     {
         state_ = State::Broken;
         return true;
     }
-    pending_.erase(0, end + 4);
+    pending_.erase(0, head.size + head.endSize);
     state_ = State::Data;
     receiver_.OnPart(*part);
     return true;

@@ -25,7 +25,8 @@ public:
 
 // Reads multipart/form-data in pieces of any size and holds back no more than one boundary's length, so that a file
 // of any size passes through in flat memory. Accepts the spellings of older clients: no blank before "filename",
-// parts without a content type, quotation marks inside a file name.
+// parts without a content type, quotation marks inside a file name, and a part whose head is the one line
+// "Content_disposition: form-data: name=...", behind which its data begin without an empty line.
 class MultipartReader
 {
 public:

@@ -110,6 +110,24 @@ void PartialFiles::Confirm(Transaction& transaction, const std::string& key, Ran
     insert.exec();
 }
 
+void PartialFiles::Forget(Transaction& transaction, const std::string& key, Range block)
+{
+    auto remove = transaction.Prepare(
+        "DELETE FROM confirmed_range WHERE key = ? AND past > ? AND first < ? RETURNING first, past");
+    BindRange(remove, key, block);
+    std::vector<Range> rests;
+    while (remove.executeStep())
+    {
+        const Range held{UnsignedColumn(remove, 0), UnsignedColumn(remove, 1)};
+        rests.push_back({held.first, std::max(held.first, block.first)});
+        rests.push_back({std::min(held.past, block.past), held.past});
+    }
+    for (const Range& rest : rests)
+    {
+        Confirm(transaction, key, rest);
+    }
+}
+
 std::optional<PartialFiles::Range> PartialFiles::FirstMissing(Transaction& transaction, const std::string& key,
                                                               std::uint64_t totalSize)
 {

@@ -35,6 +35,10 @@ public:
     std::filesystem::path PathOf(const std::string& key) const { return folder_ / key; }
 
     void Confirm(Transaction& transaction, const std::string& key, Range block);
+
+    // The block's bytes are about to be written anew, and count for nothing until then.
+    void Forget(Transaction& transaction, const std::string& key, Range block);
+
     std::optional<Range> FirstMissing(Transaction& transaction, const std::string& key, std::uint64_t totalSize);
     std::uint64_t HeldFromStart(Transaction& transaction, const std::string& key);
 

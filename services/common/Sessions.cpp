@@ -13,27 +13,28 @@ namespace
 {
 
 constexpr std::string_view CookieName = "quorvex_session";
+constexpr std::string_view CentreCookieName = "session";
 
-std::optional<std::string> FindCookie(std::string_view header)
+std::optional<std::string> FindCookie(std::string_view header, std::string_view name)
 {
     while (!header.empty())
     {
         const std::size_t end = std::min(header.find(';'), header.size());
         const std::string_view pair = Trim(header.substr(0, end));
-        if (pair.starts_with(CookieName) && pair.substr(CookieName.size()).starts_with('='))
+        if (pair.starts_with(name) && pair.substr(name.size()).starts_with('='))
         {
-            return std::string(pair.substr(CookieName.size() + 1));
+            return std::string(pair.substr(name.size() + 1));
         }
         header.remove_prefix(std::min(end + 1, header.size()));
     }
     return std::nullopt;
 }
 
-std::optional<std::string> SessionCookie(const httplib::Request& request)
+std::optional<std::string> Cookie(const httplib::Request& request, std::string_view name)
 {
     for (std::size_t i = 0; i < request.get_header_value_count("Cookie"); ++i)
     {
-        if (auto token = FindCookie(request.get_header_value("Cookie", i)))
+        if (auto token = FindCookie(request.get_header_value("Cookie", i), name))
         {
             return token;
         }
@@ -45,6 +46,21 @@ void SetCookie(httplib::Response& response, const std::string& token, std::int64
 {
     response.set_header("Set-Cookie", std::string(CookieName) + "=" + token +
                                           "; Path=/; HttpOnly; Max-Age=" + std::to_string(lifetime));
+}
+
+std::string SessionId(const std::string& token)
+{
+    constexpr std::size_t digits = 32;
+    return Sha256(token).substr(0, digits);
+}
+
+std::int64_t RequireLive(const std::optional<std::int64_t>& account)
+{
+    if (!account)
+    {
+        throw HttpError(Status::Forbidden, "the session has expired");
+    }
+    return *account;
 }
 
 std::string TicketToken(const Sessions::TicketText& text)
@@ -94,36 +110,44 @@ std::optional<std::int64_t> Sessions::RedeemTicket(const TicketText& text)
     return Find(Kind::Ticket, TicketToken(text));
 }
 
-void Sessions::OpenServiceSession(httplib::Response& response, std::int64_t account)
+Sessions::ServiceSession Sessions::OpenServiceSession(httplib::Response& response, std::int64_t account)
 {
     const std::string token = RandomKey();
     Store(Kind::Service, token, account, lifetimes_.service, false);
     SetCookie(response, token, lifetimes_.service);
+    return {account, SessionId(token)};
 }
 
-void Sessions::CloseServiceSession(const httplib::Request& request, httplib::Response& response)
+std::optional<Sessions::ServiceSession> Sessions::CloseServiceSession(const httplib::Request& request,
+                                                                      httplib::Response& response)
 {
-    if (const auto token = SessionCookie(request))
-    {
-        database_.Transact([&](Transaction& transaction) {
-            auto remove = transaction.Prepare("DELETE FROM session WHERE digest = ? AND kind = ?");
-            remove.bind(1, Sha256(*token));
-            remove.bind(2, static_cast<int>(Kind::Service));
-            remove.exec();
-        });
-    }
     SetCookie(response, "", 0);
+    const auto token = Cookie(request, CookieName);
+    if (!token)
+    {
+        return std::nullopt;
+    }
+    return database_.Transact([&](Transaction& transaction) -> std::optional<ServiceSession> {
+        auto remove = transaction.Prepare("DELETE FROM session WHERE digest = ? AND kind = ? RETURNING account_id");
+        remove.bind(1, Sha256(*token));
+        remove.bind(2, static_cast<int>(Kind::Service));
+        if (!remove.executeStep())
+        {
+            return std::nullopt;
+        }
+        return ServiceSession{remove.getColumn(0).getInt64(), SessionId(*token)};
+    });
 }
 
 std::int64_t Sessions::RequireAccount(const httplib::Request& request)
 {
-    const auto token = SessionCookie(request);
-    const auto account = token ? Find(Kind::Service, *token) : std::nullopt;
-    if (!account)
-    {
-        throw HttpError(Status::Forbidden, "the session has expired");
-    }
-    return *account;
+    return RequireLive(FindByCookie(request, CookieName, Kind::Service));
+}
+
+std::int64_t Sessions::RequireAccountOrCentre(const httplib::Request& request)
+{
+    const auto account = FindByCookie(request, CookieName, Kind::Service);
+    return RequireLive(account ? account : FindByCookie(request, CentreCookieName, Kind::Centre));
 }
 
 int Sessions::Expire(Kind kind, std::optional<std::int64_t> account)
@@ -179,6 +203,12 @@ std::optional<std::int64_t> Sessions::Find(Kind kind, const std::string& token)
         }
         return account;
     });
+}
+
+std::optional<std::int64_t> Sessions::FindByCookie(const httplib::Request& request, std::string_view name, Kind kind)
+{
+    const auto token = Cookie(request, name);
+    return token ? Find(kind, *token) : std::nullopt;
 }
 
 } // namespace quorvex::services

@@ -6,6 +6,7 @@
 #include <cstdint>
 #include <optional>
 #include <string>
+#include <string_view>
 
 #include <httplib.h>
 
@@ -29,6 +30,13 @@ public:
         std::int64_t centre = 24 * 60 * 60;
     };
 
+    // The id names the session without opening it.
+    struct ServiceSession
+    {
+        std::int64_t account = 0;
+        std::string id;
+    };
+
     struct TicketText
     {
         std::string blowfish;
@@ -44,11 +52,17 @@ public:
     std::optional<std::int64_t> RedeemTicket(const TicketText& text);
 
     // Opens a session that the answer's cookie carries.
-    void OpenServiceSession(httplib::Response& response, std::int64_t account);
-    void CloseServiceSession(const httplib::Request& request, httplib::Response& response);
+    ServiceSession OpenServiceSession(httplib::Response& response, std::int64_t account);
+
+    // Nothing when the request had no session.
+    std::optional<ServiceSession> CloseServiceSession(const httplib::Request& request, httplib::Response& response);
 
     // The account of the request's session; a request without a live one ends here as forbidden.
     std::int64_t RequireAccount(const httplib::Request& request);
+
+    // The same for clients that log in nowhere and only bring a cookie: a user-centre session in the cookie "session"
+    // will do.
+    std::int64_t RequireAccountOrCentre(const httplib::Request& request);
 
     // Ends sessions of one kind, of one account or of all; returns how many.
     int Expire(Kind kind, std::optional<std::int64_t> account);
@@ -56,6 +70,7 @@ public:
 private:
     void Store(Kind kind, const std::string& token, std::int64_t account, std::int64_t lifetime, bool isSingleUse);
     std::optional<std::int64_t> Find(Kind kind, const std::string& token);
+    std::optional<std::int64_t> FindByCookie(const httplib::Request& request, std::string_view name, Kind kind);
 
     Database& database_;
     Clock clock_;

@@ -1,8 +1,8 @@
 #include "netdisk/Folders.h"
 
 #include "common/Crypto.h"
+#include "common/FileName.h"
 #include "common/HttpAnswers.h"
-#include "netdisk/FileName.h"
 #include "netdisk/Schema.h"
 
 #include <utility>

@@ -1,8 +1,8 @@
 #include "netdisk/NetDiskService.h"
 
+#include "common/DownloadAnswer.h"
 #include "common/HttpAnswers.h"
 #include "common/JsonBody.h"
-#include "netdisk/DownloadAnswer.h"
 #include "netdisk/Replies.h"
 #include "netdisk/UploadForm.h"
 
@@ -34,22 +34,6 @@ Json::Value SizedReply(const std::string& key, std::uint64_t size)
     return reply;
 }
 
-UploadAnswer ReceiveForm(const httplib::Request& request, const httplib::ContentReader& read, UploadForm& form)
-{
-    const auto boundary = MultipartBoundary(request.get_header_value(FormContentType));
-    if (!boundary)
-    {
-        throw HttpError(Status::BadRequest, "the request is not a multipart form");
-    }
-    MultipartReader reader(*boundary, form);
-    const bool isWhole = read([&](const char* data, std::size_t size) { return reader.Feed({data, size}); });
-    if (!isWhole || !reader.IsComplete())
-    {
-        throw HttpError(Status::BadRequest, "the form is broken or not complete");
-    }
-    return form.Finish();
-}
-
 } // namespace
 
 NetDiskService::NetDiskService(Sessions& sessions, NetDiskStore& store, RecycleBin& bin, LargeFiles& largeFiles,
@@ -78,7 +62,8 @@ void NetDiskService::Upload(const httplib::Request& request, httplib::Response& 
                             const httplib::ContentReader& read)
 {
     UploadForm form(store_, largeFiles_, blobs_, sessions_.RequireAccount(request));
-    const UploadAnswer answer = ReceiveForm(request, read, form);
+    form.Receive(request, read);
+    const UploadAnswer answer = form.Finish();
     Json::Value reply = SizedReply(answer.key, answer.size);
     if (answer.isComplete)
     {

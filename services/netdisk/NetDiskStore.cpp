@@ -1,8 +1,8 @@
 #include "netdisk/NetDiskStore.h"
 
 #include "common/Crypto.h"
+#include "common/FileName.h"
 #include "common/HttpAnswers.h"
-#include "netdisk/FileName.h"
 #include "netdisk/Schema.h"
 
 #include <utility>
@@ -55,7 +55,7 @@ std::string NetDiskStore::Insert(Transaction& transaction, std::int64_t account,
                                  const BlobContent& content, std::optional<std::int64_t> blob,
                                  const std::optional<std::string>& folder)
 {
-    RequireSpace(GetCapacity(transaction, account), content.size);
+    GetCapacity(transaction, account).RequireRoom(content.size);
     std::string key = RandomKey();
     auto insert = transaction.Prepare(R"(
         INSERT INTO netdisk_file (fkey, account_id, name, size, md5, blob_id, ctime, fo_id)
@@ -103,6 +103,20 @@ FileRow NetDiskStore::Require(Transaction& transaction, std::int64_t account, co
     return *std::move(row);
 }
 
+BlockFileRows::File NetDiskStore::RequireFile(Transaction& transaction, std::int64_t account, const std::string& key)
+{
+    const FileRow row = Require(transaction, account, key);
+    return {{row.md5, row.size}, row.IsComplete()};
+}
+
+void NetDiskStore::Complete(Transaction& transaction, const std::string& key, std::int64_t blob)
+{
+    auto update = transaction.Prepare("UPDATE netdisk_file SET blob_id = ? WHERE fkey = ?");
+    update.bind(1, blob);
+    update.bind(2, key);
+    update.exec();
+}
+
 std::vector<FileRow> NetDiskStore::ReadAll(SQLite::Statement& query)
 {
     std::vector<FileRow> rows;
@@ -138,7 +152,7 @@ Download NetDiskStore::Open(Transaction& transaction, FileRow file)
     {
         throw HttpError(Status::Conflict, "the file is not complete");
     }
-    return {blobs_.Open(transaction, *file.blob), std::move(file.name), file.size, std::move(file.md5)};
+    return {blobs_.Open(transaction, *file.blob), std::move(file.name), file.size, std::move(file.md5), {}};
 }
 
 void NetDiskStore::CountDownload(const std::string& key)
@@ -226,18 +240,6 @@ Capacity NetDiskStore::GetCapacity(Transaction& transaction, std::int64_t accoun
     query.bind(1, account);
     query.executeStep();
     return {limits_.quota, static_cast<std::uint64_t>(query.getColumn(0).getInt64()), limits_.maxFileSize};
-}
-
-void NetDiskStore::RequireSpace(const Capacity& capacity, std::uint64_t size) const
-{
-    if (size > capacity.maxFileSize)
-    {
-        throw HttpError(Status::PayloadTooLarge, "the file is larger than a file may be");
-    }
-    if (capacity.used > capacity.total || size > capacity.total - capacity.used)
-    {
-        throw HttpError(Status::InsufficientStorage, "the disk has no room for the file");
-    }
 }
 
 } // namespace quorvex::services::netdisk

@@ -1,8 +1,11 @@
 #pragma once
 
 #include "common/BlobStore.h"
+#include "common/BlockFiles.h"
+#include "common/Capacity.h"
 #include "common/Clock.h"
 #include "common/Database.h"
+#include "common/DownloadAnswer.h"
 #include "common/PartialFiles.h"
 #include "netdisk/Folders.h"
 
@@ -35,30 +38,15 @@ struct FileRow
     bool IsComplete() const { return blob.has_value(); }
 };
 
-struct Download
-{
-    FileHandle content;
-    std::string name;
-    std::uint64_t size = 0;
-    std::string md5;
-};
-
 struct FolderContent
 {
     std::vector<FileRow> files;
     std::vector<FolderRow> folders;
 };
 
-struct Capacity
-{
-    std::uint64_t total = 0;
-    std::uint64_t used = 0;
-    std::uint64_t maxFileSize = 0;
-};
-
 // The files of all disks. Operations take the account whose disk is meant and end the request with HttpError when the
 // disk has no such file.
-class NetDiskStore
+class NetDiskStore : public BlockFileRows
 {
 public:
     NetDiskStore(Database& database, BlobStore& blobs, PartialFiles& partials, Folders& folders, Clock clock,
@@ -79,6 +67,9 @@ public:
     // The file unless it is in the recycle bin.
     FileRow Require(Transaction& transaction, std::int64_t account, const std::string& key);
 
+    File RequireFile(Transaction& transaction, std::int64_t account, const std::string& key) override;
+    void Complete(Transaction& transaction, const std::string& key, std::int64_t blob) override;
+
     // The rows of a query that selects whole rows of files.
     static std::vector<FileRow> ReadAll(SQLite::Statement& query);
 
@@ -97,9 +88,6 @@ public:
     void Erase(Transaction& transaction, const FileRow& file);
 
     Capacity GetCapacity(std::int64_t account);
-
-    // Ends the request when a file of this size does not fit.
-    void RequireSpace(const Capacity& capacity, std::uint64_t size) const;
 
 private:
     std::optional<FileRow> Find(Transaction& transaction, std::int64_t account, const std::string& key,

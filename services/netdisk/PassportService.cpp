@@ -6,11 +6,6 @@
 namespace quorvex::services::netdisk
 {
 
-PassportService::PassportService(Accounts& accounts, Sessions& sessions, LoginThrottle& throttle)
-    : accounts_(accounts), sessions_(sessions), throttle_(throttle)
-{
-}
-
 void PassportService::AddRoutes(HttpServer& server)
 {
     using Request = const httplib::Request&;
@@ -23,25 +18,12 @@ void PassportService::AddRoutes(HttpServer& server)
     server.Get("/object/passport/logout", [this](Request in, Response out) { Logout(in, out); });
 }
 
-// A failed login is not "forbidden": clients take that for an expired session and log in again.
 void PassportService::Login(const httplib::Request& request, httplib::Response& response,
                             const httplib::ContentReader& read)
 {
     const Json::Value body = ReadJsonBody(read);
     const std::string name = RequiredText(body, "account");
-    const std::string password = RequiredText(body, "password");
-    if (throttle_.IsBlocked(name))
-    {
-        throw HttpError(Status::TooManyRequests, "too many failed logins, wait a minute");
-    }
-    const auto account = accounts_.Verify(name, password);
-    if (!account)
-    {
-        throttle_.OnFailure(name);
-        throw HttpError(Status::Unauthorized, "account or password is not correct");
-    }
-    throttle_.OnSuccess(name);
-    AnswerLogin(request, response, *account);
+    AnswerLogin(request, response, passwords_.RequireAccount(name, RequiredText(body, "password")));
 }
 
 void PassportService::Check(const httplib::Request& request, httplib::Response& response,

@@ -1,8 +1,7 @@
 #pragma once
 
-#include "common/Accounts.h"
 #include "common/HttpServer.h"
-#include "common/LoginThrottle.h"
+#include "common/PasswordLogin.h"
 #include "common/Sessions.h"
 
 namespace quorvex::services::netdisk
@@ -12,7 +11,7 @@ namespace quorvex::services::netdisk
 class PassportService
 {
 public:
-    PassportService(Accounts& accounts, Sessions& sessions, LoginThrottle& throttle);
+    PassportService(Sessions& sessions, PasswordLogin& passwords) : sessions_(sessions), passwords_(passwords) {}
 
     void AddRoutes(HttpServer& server);
 
@@ -23,9 +22,8 @@ private:
     void Logout(const httplib::Request& request, httplib::Response& response);
     void AnswerLogin(const httplib::Request& request, httplib::Response& response, std::int64_t account);
 
-    Accounts& accounts_;
     Sessions& sessions_;
-    LoginThrottle& throttle_;
+    PasswordLogin& passwords_;
 };
 
 } // namespace quorvex::services::netdisk

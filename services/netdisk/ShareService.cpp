@@ -1,10 +1,10 @@
 #include "netdisk/ShareService.h"
 
 #include "common/AdminService.h"
+#include "common/DownloadAnswer.h"
 #include "common/HttpAnswers.h"
 #include "common/JsonBody.h"
 #include "common/Text.h"
-#include "netdisk/DownloadAnswer.h"
 #include "netdisk/Replies.h"
 
 namespace quorvex::services::netdisk

@@ -20,7 +20,7 @@ WholeUpload::WholeUpload(NetDiskStore& store, BlobStore& blobs, std::int64_t acc
 void WholeUpload::Append(std::string_view bytes)
 {
     // The size is known only at the end; what cannot fit is not written to the disk until then.
-    store_.RequireSpace(capacity_, incoming_.Size() + bytes.size());
+    capacity_.RequireRoom(incoming_.Size() + bytes.size());
     incoming_.Append(bytes);
 }
 

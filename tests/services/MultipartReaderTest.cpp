@@ -1,4 +1,5 @@
 #include "common/MultipartReader.h"
+#include "support/ThirdCalls.h"
 #include "support/UploadForms.h"
 
 #include <stdexcept>
@@ -164,6 +165,23 @@ TEST(MultipartReader, ReadsHeadersInAnyLetterCaseAndOrder)
     EXPECT_EQ(outcome.parts[0].data, "x");
 }
 
+TEST(MultipartReader, ReadsAPartWithoutAnEmptyLineHoweverTheFormIsSplit)
+{
+    const std::string form = ThirdPictureForm("p.jpg", "\r\n\r\ncontent", "value");
+    for (std::size_t pieceSize = 1; pieceSize <= form.size(); ++pieceSize)
+    {
+        const Outcome outcome = Read(form, pieceSize);
+        ASSERT_TRUE(outcome.isComplete && outcome.isAccepted) << "pieces of " << pieceSize;
+        ASSERT_EQ(outcome.parts.size(), 2U) << "pieces of " << pieceSize;
+        EXPECT_EQ(outcome.parts[0].head.name, "md5");
+        EXPECT_FALSE(outcome.parts[0].head.fileName.has_value());
+        ASSERT_EQ(outcome.parts[0].data, "value") << "pieces of " << pieceSize;
+        EXPECT_EQ(outcome.parts[1].head.fileName, "p.jpg");
+        ASSERT_EQ(outcome.parts[1].data, "\r\n\r\ncontent") << "pieces of " << pieceSize;
+    }
+    EXPECT_EQ(ReadWhole(ThirdPictureForm("p.jpg", "", "")).parts.at(0).data, "");
+}
+
 TEST(MultipartReader, SkipsPreambleAndEpilogue)
 {
     const Outcome outcome = ReadWhole("a preamble\r\n" + WholeForm("f", "data") + "an epilogue");
@@ -179,6 +197,8 @@ TEST(MultipartReader, RefusesBrokenForms)
         PartWith(""),
         PartWith("Content-Disposition: form-data"),
         PartWith("Content-Disposition: form-data; name=\"unfinished"),
+        PartWith("Content_disposition: form-data: "),
+        Delimiter() + "\r\nContent_disposition: form-data: name=\"n\"" + std::string(10000, 'h'),
         Delimiter() + "junk\r\nContent-Disposition: form-data; name=\"n\"\r\n\r\nx\r\n" + Delimiter() + "--",
         Delimiter() + "\r\n" + std::string(10000, 'h'),
     };

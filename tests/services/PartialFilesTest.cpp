@@ -31,6 +31,11 @@ protected:
         database_.Transact([&](Transaction& transaction) { files_.Confirm(transaction, "key", {first, past}); });
     }
 
+    void Forget(std::uint64_t first, std::uint64_t past)
+    {
+        database_.Transact([&](Transaction& transaction) { files_.Forget(transaction, "key", {first, past}); });
+    }
+
     std::optional<Range> FirstMissing(std::uint64_t total)
     {
         return database_.Transact(
@@ -121,6 +126,25 @@ TEST_F(PartialFilesTest, AgreesWithASimpleModelOnRandomBlocks)
             ASSERT_EQ(missing->past, static_cast<std::uint64_t>(gapEnd - held.begin()));
         }
     }
+}
+
+TEST_F(PartialFilesTest, ForgetsTheBytesOfABlockAndNoOthers)
+{
+    Confirm(10, 20);
+    Confirm(30, 40);
+    Forget(20, 30);
+    Forget(15, 15);
+    Forget(12, 14);
+    Confirm(0, 10);
+    EXPECT_EQ(FirstMissing(40), (Range{12, 14}));
+    Confirm(12, 14);
+    EXPECT_EQ(FirstMissing(40), (Range{20, 30}));
+    Forget(18, 33);
+    EXPECT_EQ(FirstMissing(40), (Range{18, 33}));
+    Confirm(18, 33);
+    EXPECT_FALSE(FirstMissing(40));
+    Forget(0, 40);
+    EXPECT_EQ(FirstMissing(40), (Range{0, 40}));
 }
 
 TEST_F(PartialFilesTest, ForgetsConfirmedBytesWhoseFileIsLost)

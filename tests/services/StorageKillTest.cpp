@@ -1,10 +1,12 @@
 #include "support/Await.h"
 #include "support/ServiceProcess.h"
 #include "support/StorageCalls.h"
+#include "support/ThirdCalls.h"
 
 #include <csignal>
 #include <map>
 #include <mutex>
+#include <set>
 #include <thread>
 
 namespace quorvex::services::test
@@ -35,6 +37,7 @@ protected:
     {
         std::mutex mutex;
         std::map<std::string, unsigned> seeds;
+        std::set<unsigned> clients;
         ServiceProcess process = Start();
         std::vector<std::jthread> threads;
         for (unsigned i = 0; i < Clients; ++i)
@@ -48,6 +51,7 @@ protected:
                         const std::string key = work(client, seed);
                         const std::lock_guard lock(mutex);
                         seeds[key] = seed;
+                        clients.insert(i);
                     }
                 }
                 catch (const std::exception&)
@@ -58,7 +62,7 @@ protected:
         }
         EXPECT_TRUE(Await([&] {
             const std::lock_guard lock(mutex);
-            return seeds.size() >= 20;
+            return seeds.size() >= 20 && clients.size() == Clients;
         }));
         process.End(SIGKILL);
         threads.clear();
@@ -137,6 +141,63 @@ TEST_F(StorageKillTest, AmongDepotFilesKeepsAllThatWereFinished)
     EXPECT_EQ(UsedInDepot(client), 0U);
     EXPECT_EQ(CountFiles(data_ / "blobs"), 0U);
     EXPECT_EQ(CountFiles(data_ / "partial"), 0U);
+}
+
+TEST_F(StorageKillTest, AmongTicketsKeepsAllThatWereAnswered)
+{
+    constexpr std::size_t blockSize = 25'000;
+    const auto seeds = KillAmong([](ServiceClient& client, unsigned seed) {
+        const ThirdClient third(client.Port(), client.Cookie());
+        return third.PutFile("d" + std::to_string(seed), SampleBytes(Size, seed), blockSize);
+    });
+
+    const ServiceProcess process = Start();
+    ServiceClient client = LoggedIn(process);
+    const ThirdClient third(process.Port(), client.Cookie());
+    for (const auto& [key, seed] : seeds)
+    {
+        EXPECT_TRUE(third.GetFile("0", key).body == SampleBytes(Size, seed)) << key;
+    }
+    const Json::Value listing = ListDepot(client).Json();
+    EXPECT_GE(listing["files"].size(), seeds.size());
+    for (const Json::Value& file : listing["files"])
+    {
+        EXPECT_EQ(ResultOf(RemoveFromDepot(client, file["fkey"].asString())), 200);
+    }
+    EXPECT_EQ(UsedInDepot(client), 0U);
+    EXPECT_EQ(CountFiles(data_ / "blobs"), 0U);
+    EXPECT_EQ(CountFiles(data_ / "partial"), 0U);
+    EXPECT_EQ(CountFiles(data_ / "tmp"), 0U);
+}
+
+TEST_F(StorageKillTest, AmongRewrittenBlocksLeavesNoneMixed)
+{
+    // All write their own bytes to one place, over and over; what counts afterwards is one of them as a whole.
+    constexpr std::size_t size = 400'000;
+    std::string ticket;
+    std::once_flag begun;
+    KillAmong([&](ServiceClient& client, unsigned seed) {
+        const ThirdClient third(client.Port(), client.Cookie());
+        const std::string content(size, static_cast<char>('a' + seed % Clients));
+        std::call_once(begun, [&] { ticket = third.PutBlock({"", 0, content}).Text("ticket"); });
+        EXPECT_EQ(CodeOf(third.PutBlock({ticket, 0, content})), 200);
+        return std::to_string(seed);
+    });
+
+    const ServiceProcess process = Start();
+    ServiceClient client = LoggedIn(process);
+    const ThirdClient third(process.Port(), client.Cookie());
+    const Reply finished = third.PutBlock({ticket, size, "", true});
+    if (CodeOf(finished) == 200)
+    {
+        const std::string held = third.GetFile("1", finished.Text("fkey")).body;
+        ASSERT_EQ(held.size(), size);
+        EXPECT_TRUE(held == std::string(size, held[0]));
+    }
+    else
+    {
+        EXPECT_EQ(finished.Text("msg"), "bytes 0-399999 are missing");
+    }
 }
 
 } // namespace quorvex::services::test

@@ -32,7 +32,7 @@ std::string Reply::Header(const std::string& name) const
     return found == headers.end() ? std::string() : found->second;
 }
 
-ServiceClient::ServiceClient(int port) : client_("127.0.0.1", port)
+ServiceClient::ServiceClient(int port) : port_(port), client_("127.0.0.1", port)
 {
     client_.set_read_timeout(60);
 }

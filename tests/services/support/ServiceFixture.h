@@ -47,6 +47,7 @@ public:
     std::uint64_t UsedSpace();
 
     const std::string& Cookie() const { return cookie_; }
+    int Port() const { return port_; }
 
     // What the clients send their JSON as.
     static constexpr const char* JsonFormType = "application/x-www-form-urlencoded";
@@ -55,6 +56,7 @@ private:
     Reply Keep(const httplib::Result& result);
     httplib::Headers WithCookie(httplib::Headers headers) const;
 
+    int port_;
     httplib::Client client_;
     std::string cookie_;
 };

@@ -1,8 +1,7 @@
-#include "netdisk/DownloadAnswer.h"
+#include "common/DownloadAnswer.h"
 
 #include "common/ByteRange.h"
 #include "common/HttpAnswers.h"
-#include "netdisk/FileName.h"
 
 #include <algorithm>
 #include <memory>
@@ -10,7 +9,7 @@
 #include <utility>
 #include <vector>
 
-namespace quorvex::services::netdisk
+namespace quorvex::services
 {
 
 namespace
@@ -50,6 +49,20 @@ bool IsCounted(const ByteRange& range)
 
 } // namespace
 
+std::string ContentDisposition(std::string_view name, std::string_view md5, std::string_view sha1)
+{
+    std::string value = "attachment;filename=\"";
+    std::replace_copy_if(
+        name.begin(), name.end(), std::back_inserter(value), [](char letter) { return letter == ';' || letter == '"'; },
+        '_');
+    value.append(";md5=").append(md5);
+    if (!sha1.empty())
+    {
+        value.append(";sha=").append(sha1);
+    }
+    return value;
+}
+
 bool AnswerDownload(const httplib::Request& request, httplib::Response& response, Download file)
 {
     const ByteRange range = ParseByteRange(request.get_header_value("Range"), file.size);
@@ -64,9 +77,9 @@ bool AnswerDownload(const httplib::Request& request, httplib::Response& response
         return false;
     }
     response.status = range.kind == ByteRange::Kind::Part ? Status::PartialContent : Status::Ok;
-    response.set_header("Content-Disposition", ContentDisposition(file.name, file.md5));
+    response.set_header("Content-Disposition", ContentDisposition(file.name, file.md5, file.sha1));
     AnswerContent(response, std::move(file.content), range);
     return IsCounted(range) && request.method == "GET";
 }
 
-} // namespace quorvex::services::netdisk
+} // namespace quorvex::services

@@ -1,11 +1,11 @@
-#include "netdisk/FileName.h"
+#include "common/FileName.h"
 
 #include "common/HttpAnswers.h"
 #include "common/Text.h"
 
 #include <algorithm>
 
-namespace quorvex::services::netdisk
+namespace quorvex::services
 {
 
 namespace
@@ -29,13 +29,4 @@ void RequireName(std::string_view name)
     }
 }
 
-std::string ContentDisposition(std::string_view name, std::string_view md5)
-{
-    std::string value = "attachment;filename=\"";
-    std::replace_copy_if(
-        name.begin(), name.end(), std::back_inserter(value), [](char letter) { return letter == ';' || letter == '"'; },
-        '_');
-    return value.append(";md5=").append(md5);
-}
-
-} // namespace quorvex::services::netdisk
+} // namespace quorvex::services
