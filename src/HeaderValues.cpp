@@ -1,5 +1,7 @@
 #include "HeaderValues.h"
 
+#include "BoundedText.h"
+
 #include <cstddef>
 
 namespace quorvex
@@ -60,6 +62,13 @@ std::uint32_t ParseContentRangeTotal(std::wstring_view value)
         total = total * 10 + static_cast<std::uint32_t>(digits.front() - L'0');
     }
     return isNegative ? 0U - total : total;
+}
+
+std::wstring RangeHeader(std::uint32_t start, std::uint32_t size)
+{
+    WideText<100> header;
+    header << L"Range: bytes=" << start << L"-" << start + size - 1;
+    return header.c_str();
 }
 
 } // namespace quorvex

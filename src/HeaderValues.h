@@ -1,9 +1,11 @@
 #pragma once
 
 #include <cstdint>
+#include <string>
 #include <string_view>
 
-/// Reading the values of response headers, in the forms that the services write them.
+/// Reading the values of response headers, in the forms that the services write them, and the header of a ranged
+/// request.
 namespace quorvex
 {
 
@@ -24,5 +26,8 @@ ContentDisposition ParseContentDisposition(std::wstring_view value);
 /// Reads the total out of bytes 0-0/TOTAL, the answer to a request for the first byte. A total beyond 32 bits wraps
 /// around; an unusable value gives 0.
 std::uint32_t ParseContentRangeTotal(std::wstring_view value);
+
+/// @return the header that asks for a range, counted in 32 bits
+std::wstring RangeHeader(std::uint32_t start, std::uint32_t size);
 
 } // namespace quorvex

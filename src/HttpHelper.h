@@ -129,9 +129,6 @@ protected:
     int GetRange(Platform::Request& request, const wchar_t* objectPath, std::wstring_view rangeHeader,
                  const RangeMessages& messages, RangeFailures failures);
 
-    /// @return the header that asks for a range, counted in 32 bits
-    static std::wstring RangeHeader(std::uint32_t start, std::uint32_t size);
-
 private:
     int ReadAnswer(Platform::Request& request, const FormMessages& messages, std::string& response);
 

@@ -1,6 +1,5 @@
 // The transfers that the services' helpers are made of.
 
-#include "BoundedText.h"
 #include "CommonUtil.h"
 #include "HttpHelper.h"
 #include "LocalFile.h"
@@ -141,13 +140,6 @@ int CHttpHelper::GetRange(Platform::Request& request, const wchar_t* objectPath,
         return failures.receive;
     }
     return Result::Ok;
-}
-
-std::wstring CHttpHelper::RangeHeader(std::uint32_t start, std::uint32_t size)
-{
-    WideText<100> header;
-    header << L"Range: bytes=" << start << L"-" << start + size - 1;
-    return header.c_str();
 }
 
 int CHttpHelper::ReadAnswer(Platform::Request& request, const FormMessages& messages, std::string& response)

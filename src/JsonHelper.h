@@ -82,12 +82,19 @@ const Json::Value& RequirePresent(const Json::Value& value, const char* failure)
 /// @param failure the text to fail with when the value is no string
 const char* RequireString(const Json::Value& value, const char* failure);
 
+/// Where a service's replies have their code.
+struct CodeKey
+{
+    const char* key = "result";
+    const char* failure = "get result error";
+};
+
 /// Parses a body, reads its code, and lets `read` do the rest.
 /// @param root receives the document
 /// @param code receives the code once the body has been parsed; kNoCode when it has none
 /// @return null, or the failure's text
 template <class Read>
-const char* ReadCodedReply(const std::string& body, Json::Value& root, int& code, Read read)
+const char* ReadCodedReply(const std::string& body, Json::Value& root, int& code, Read read, CodeKey codeKey = {})
 {
     static constexpr char kUnreadable[] = "parse json error";
 
@@ -99,7 +106,7 @@ const char* ReadCodedReply(const std::string& body, Json::Value& root, int& code
         }
         const Json::Value& reply = root;
         code = kNoCode;
-        code = RequirePresent(reply["result"], "get result error").asInt();
+        code = RequirePresent(reply[codeKey.key], codeKey.failure).asInt();
         read(reply);
         return nullptr;
     }

@@ -72,9 +72,45 @@ std::string ChunkHead(const std::string& boundary, std::string_view key, std::ui
                  std::to_string(first), //
                  "\r\n--", boundary, "\r\nContent-Disposition: form-data; name=\"re\"\r\n\r\n",
                  std::to_string(last), //
-                 "\r\n--", boundary,
-                 "\r\nContent-Disposition: form-data; name=\"chunk\"; filename=\"0\"\r\nContent-Type: "
-                 "application/octet-stream\r\n\r\n"});
+                 "\r\n--", boundary, "\r\nContent-Disposition: form-data; name=\"chunk\"; filename=\"0\"\r\n",
+                 "Content-Type: application/octet-stream\r\n\r\n"});
+}
+
+std::string PictureHead(const std::string& boundary, std::string_view md5, std::string_view name)
+{
+    return Join({"--", boundary, "\r\nContent_disposition: form-data: name=\"md5\"\r\n", md5, //
+                 "\r\n--", boundary, "\r\nContent-Disposition: form-data; name=\"upfile\";filename=\"", name,
+                 "\"\r\nContent-type: image/jpeg\r\n\r\n"});
+}
+
+std::string PhotoBlockHead(const std::string& boundary, std::uint32_t offset, std::string_view ticket, int flag,
+                           std::uint64_t fileSize, std::string_view md5, std::string_view name)
+{
+    return Join({"--",
+                 boundary,
+                 "\r\nContent-Disposition: form-data; name=\"offset\"\r\n\r\n",
+                 std::to_string(offset), //
+                 "\r\n--",
+                 boundary,
+                 "\r\nContent-Disposition: form-data; name=\"ticket\"\r\n\r\n",
+                 ticket, //
+                 "\r\n--",
+                 boundary,
+                 "\r\nContent-Disposition: form-data; name=\"flag\"\r\n\r\n",
+                 std::to_string(flag), //
+                 "\r\n--",
+                 boundary,
+                 "\r\nContent-Disposition: form-data; name=\"filesize\"\r\n\r\n",
+                 std::to_string(fileSize), //
+                 "\r\n--",
+                 boundary,
+                 "\r\nContent-Disposition: form-data; name=\"md5\"\r\n\r\n",
+                 md5, //
+                 "\r\n--",
+                 boundary,
+                 "\r\nContent-Disposition: form-data; name=\"photo\"; filename=\"",
+                 name,
+                 "\"\r\nContent-Type: image/jpeg\r\n\r\n"});
 }
 
 } // namespace quorvex::Multipart

@@ -32,6 +32,18 @@ std::string LargeFileForm(const std::string& boundary, std::uint32_t totalSize, 
 /// @param last  its last byte
 std::string ChunkHead(const std::string& boundary, std::string_view key, std::uint32_t first, std::uint32_t last);
 
+/// What goes before a picture of the third generation's upload, whose server wants the form exactly so.
+/// @param md5  32 hexadecimal characters
+/// @param name in the service's code page
+std::string PictureHead(const std::string& boundary, std::string_view md5, std::string_view name);
+
+/// What goes before a block of the third generation's upload.
+/// @param ticket in the service's code page
+/// @param md5    of the block, 32 hexadecimal characters
+/// @param name   in the service's code page
+std::string PhotoBlockHead(const std::string& boundary, std::uint32_t offset, std::string_view ticket, int flag,
+                           std::uint64_t fileSize, std::string_view md5, std::string_view name);
+
 /// What goes before a block of a large file.
 std::string BlockHead(const std::string& boundary, std::string_view fileKey, std::uint32_t position,
                       std::uint32_t size);

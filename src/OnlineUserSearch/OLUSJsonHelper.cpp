@@ -5,10 +5,28 @@
 
 #include <quorvex/Results.h>
 
+#include <charconv>
 #include <cstdlib>
+#include <system_error>
 
 namespace quorvex
 {
+
+namespace
+{
+
+/// Reads as strtoul does; what almost every id is, digits and nothing else, takes the quick way.
+unsigned int ReadId(const Json::Value& text)
+{
+    const char* begin = nullptr;
+    const char* end = nullptr;
+    text.getString(&begin, &end);
+    unsigned int id = 0;
+    const std::errc error = std::from_chars(begin, end, id).ec;
+    return error == std::errc() ? id : static_cast<unsigned int>(std::strtoul(begin, nullptr, 10));
+}
+
+} // namespace
 
 template <class Read>
 int OLUSJsonHelper::ReadReply(const std::string& response, int& result, const char*& errorinfo, Read read)
@@ -61,7 +79,7 @@ int OLUSJsonHelper::ParseUserIdList(const std::string& response, int& result, co
         {
             if (user.isString())
             {
-                ids.push_back(static_cast<unsigned int>(std::strtoul(user.asCString(), nullptr, 10)));
+                ids.push_back(ReadId(user));
             }
         }
         LOG_DEBUG(L"json result: result=" << result << L", vecUserId.size()=" << ids.size() << L", errorinfo=\""

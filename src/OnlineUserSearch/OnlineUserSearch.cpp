@@ -27,7 +27,9 @@ void AppendPairs(FormBody& body, const std::vector<std::string>& pairs)
 {
     for (std::size_t i = 0; i < pairs.size(); i += 2)
     {
-        body << std::string("&") + pairs[i].c_str() + "=" + PercentEncode(pairs[i + 1]);
+        // A name ends at its first zero byte, as the form does.
+        const char* const name = pairs[i].c_str();
+        body << std::string("&") + name + "=" + PercentEncode(pairs[i + 1]);
     }
 }
 

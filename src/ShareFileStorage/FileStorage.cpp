@@ -12,18 +12,6 @@
 namespace quorvex
 {
 
-namespace
-{
-
-constexpr std::size_t kKeySize = 65;
-
-std::string_view TextOf(const std::unique_ptr<char[]>& text)
-{
-    return text != nullptr ? std::string_view(text.get()) : std::string_view();
-}
-
-} // namespace
-
 CFileStorage::CFileStorage(const wchar_t* server, const wchar_t* session) : m_bNeedLogin(true)
 {
     NoThrow(L"CFileStorage::CFileStorage()", [&]() -> int {
@@ -124,35 +112,8 @@ int CFileStorage::UserLogout()
             return result;
         }
         std::string reply;
-        if (const int result = exchange.Helper().RequestGet(L"logout_rest.php", reply); result != Result::Ok)
-        {
-            return result;
-        }
-        CSFSJsonHelper helper;
-        int code = kNoCode;
-        const char* uid = nullptr;
-        const char* sid = nullptr;
-        const char* errorinfo = nullptr;
-        const char* failure = nullptr;
-        if (const int result = helper.ParseLoginResponse(reply, code, uid, sid, errorinfo, failure);
-            result != Result::Ok)
-        {
-            return result;
-        }
-        if (uid != TextOf(m_pszUid))
-        {
-            LOG_ERROR(L"uid not match");
-        }
-        if (sid != TextOf(m_pszSid))
-        {
-            LOG_ERROR(L"sid not match");
-        }
-        if (code != kCodeOk)
-        {
-            return RefusedBy(code, errorinfo);
-        }
-        m_bNeedLogin = true;
-        return Result::Ok;
+        const int result = exchange.Helper().RequestGet(L"logout_rest.php", reply);
+        return result == Result::Ok ? ReadLogout(reply, exchange.Login()) : result;
     });
 }
 
@@ -194,14 +155,7 @@ int CFileStorage::PictureUpload(const wchar_t* folder, const wchar_t* fileName) 
 {
     std::array<wchar_t, kKeySize> key = {};
     const int result = FileUploadWithRetry(L"ops/upload_rest.php", folder, fileName, fileName, key.data(), kKeySize);
-    const std::wstring_view serverName = key.data();
-    const std::wstring_view localName = fileName != nullptr ? fileName : L"";
-    if (result == Result::Ok && !serverName.empty() && serverName != localName)
-    {
-        LOG_ERROR(L"PictureUpload() server file name not the same as local file!!!");
-        return Result::NameMismatch;
-    }
-    return result;
+    return CheckPictureName(result, key.data(), fileName);
 }
 
 int CFileStorage::PictureDownload(const wchar_t* folder, const wchar_t* fileName) const

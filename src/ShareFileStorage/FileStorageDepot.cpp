@@ -10,18 +10,6 @@
 namespace quorvex
 {
 
-namespace
-{
-
-ObjectPath DownloadPath(const wchar_t* uid, const wchar_t* key)
-{
-    ObjectPath path;
-    path << L"ofs/down.php?uid=" << uid << L"&k=" << key;
-    return path;
-}
-
-} // namespace
-
 int CFileStorage::LargeFileCreate(const wchar_t* folder, const wchar_t* fileName, wchar_t* keyOut,
                                   unsigned long keyOutLen) const
 {
@@ -119,8 +107,7 @@ int CFileStorage::LargeFileGetInfo(const wchar_t* uid, const wchar_t* key, wchar
             return result;
         }
         CShareFileStorageHttpHelper::FileInfo info;
-        if (const int result = exchange.Helper().BufferUpload(DownloadPath(uid, key).c_str(), info);
-            result != Result::Ok)
+        if (const int result = exchange.Helper().BufferUpload(DepotPath(uid, key).c_str(), info); result != Result::Ok)
         {
             return result;
         }
@@ -149,7 +136,7 @@ int CFileStorage::LargeFileDownload(const wchar_t* uid, const wchar_t* key, unsi
             return result;
         }
         auto transferSize = static_cast<std::uint32_t>(length);
-        const int result = exchange.Helper().BufferDownload(DownloadPath(uid, key).c_str(),
+        const int result = exchange.Helper().BufferDownload(DepotPath(uid, key).c_str(),
                                                             static_cast<std::uint32_t>(position), transferSize, buffer);
         if (result == Result::Ok)
         {

@@ -23,6 +23,8 @@ struct CFileStorage::Exchange
 
     CShareFileStorageHttpHelper& Helper() const { return *storage.m_pHttpHelper; }
 
+    LoginState Login() const { return {storage.m_pszUid, storage.m_pszSid, storage.m_bNeedLogin}; }
+
     /// @return 0 or -100
     int CheckConnection() const { return CHttpHelper::CheckConnection(storage.m_pHttpHelper.get()); }
 

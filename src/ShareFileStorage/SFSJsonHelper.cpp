@@ -1,7 +1,6 @@
 #include "SFSJsonHelper.h"
 
 #include "../CommonUtil.h"
-#include "../JsonHelper.h"
 
 #include <quorvex/Results.h>
 
@@ -62,9 +61,9 @@ const Json::Value& RequireFiles(const Json::Value& reply)
 } // namespace
 
 template <class Read>
-int CSFSJsonHelper::ReadReply(const std::string& body, int& code, const char*& failure, Read read)
+int CSFSJsonHelper::ReadReply(const std::string& body, int& code, const char*& failure, Read read, CodeKey codeKey)
 {
-    const char* const text = ReadCodedReply(body, m_root, code, read);
+    const char* const text = ReadCodedReply(body, m_root, code, read, codeKey);
     if (text == nullptr)
     {
         return Result::Ok;
@@ -156,6 +155,20 @@ int CSFSJsonHelper::ParseDepotInfo(const std::string& body, int& code, const cha
                                           << L", totalsize=" << totalSize << L", freespace=" << freeSpace
                                           << L", errorinfo=\"" << errorinfo << L"\"");
     });
+}
+
+int CSFSJsonHelper::ParseApiResponse(const std::string& body, int& code, const char*& fkey, const char*& ticket,
+                                     const char*& message, const char*& failure)
+{
+    const auto read = [&](const Json::Value& reply) {
+        fkey = RequireString(reply["fkey"], "get fkey error");
+        ticket = RequireString(reply["ticket"], "get ticket error");
+        const unsigned int fsize = RequirePresent(reply["fsize"], "get fsize error").asUInt();
+        message = RequireString(reply["msg"], "get errorinfo error");
+        LOG_DEBUG(L"json result: result=" << code << L", fkey=" << fkey << L", ticket=" << ticket << L", fsize="
+                                          << fsize << L",  errorinfo=\"" << message << L"\"");
+    };
+    return ReadReply(body, code, failure, read, {.key = "code", .failure = "get json code error"});
 }
 
 } // namespace quorvex

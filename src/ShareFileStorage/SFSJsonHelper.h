@@ -1,5 +1,7 @@
 #pragma once
 
+#include "../JsonHelper.h"
+
 #include <quorvex/FileStorageRecords.h>
 
 #include <json/value.h>
@@ -33,9 +35,13 @@ public:
     int ParseDepotInfo(const std::string& body, int& code, const char*& uid, double& totalSpace, double& totalSize,
                        double& freeSpace, const char*& errorinfo, const char*& failure);
 
+    /// A reply of the third generation. Its code is "code", and its text for it "msg".
+    int ParseApiResponse(const std::string& body, int& code, const char*& fkey, const char*& ticket,
+                         const char*& message, const char*& failure);
+
 private:
     template <class Read>
-    int ReadReply(const std::string& body, int& code, const char*& failure, Read read);
+    int ReadReply(const std::string& body, int& code, const char*& failure, Read read, CodeKey codeKey = {});
 
     Json::Value m_root;
 };

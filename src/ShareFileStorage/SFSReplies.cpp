@@ -13,6 +13,16 @@
 namespace quorvex
 {
 
+namespace
+{
+
+std::string_view TextOf(const std::unique_ptr<char[]>& text)
+{
+    return text != nullptr ? std::string_view(text.get()) : std::string_view();
+}
+
+} // namespace
+
 int ReadResult(const std::string& reply)
 {
     CSFSJsonHelper helper;
@@ -24,6 +34,69 @@ int ReadResult(const std::string& reply)
         return result;
     }
     return code == kCodeOk ? Result::Ok : RefusedBy(code, errorinfo);
+}
+
+int ReadLogin(const std::string& reply, LoginState state)
+{
+    CSFSJsonHelper helper;
+    int code = kNoCode;
+    const char* uid = nullptr;
+    const char* sid = nullptr;
+    const char* errorinfo = nullptr;
+    const char* failure = nullptr;
+    if (const int result = helper.ParseLoginResponse(reply, code, uid, sid, errorinfo, failure); result != Result::Ok)
+    {
+        LOG_ERROR(failure);
+        return result;
+    }
+    if (code != kCodeOk)
+    {
+        return RefusedBy(code, errorinfo);
+    }
+    auto uidCopy = CopyText(uid);
+    state.sid = CopyText(sid);
+    state.uid = std::move(uidCopy);
+    state.needLogin = false;
+    return Result::Ok;
+}
+
+int ReadLogout(const std::string& reply, LoginState state)
+{
+    CSFSJsonHelper helper;
+    int code = kNoCode;
+    const char* uid = nullptr;
+    const char* sid = nullptr;
+    const char* errorinfo = nullptr;
+    const char* failure = nullptr;
+    if (const int result = helper.ParseLoginResponse(reply, code, uid, sid, errorinfo, failure); result != Result::Ok)
+    {
+        return result;
+    }
+    if (uid != TextOf(state.uid))
+    {
+        LOG_ERROR(L"uid not match");
+    }
+    if (sid != TextOf(state.sid))
+    {
+        LOG_ERROR(L"sid not match");
+    }
+    if (code != kCodeOk)
+    {
+        return RefusedBy(code, errorinfo);
+    }
+    state.needLogin = true;
+    return Result::Ok;
+}
+
+int CheckPictureName(int result, std::wstring_view key, const wchar_t* fileName)
+{
+    const std::wstring_view localName = fileName != nullptr ? fileName : L"";
+    if (result == Result::Ok && !key.empty() && key != localName)
+    {
+        LOG_ERROR(L"PictureUpload() server file name not the same as local file!!!");
+        return Result::NameMismatch;
+    }
+    return result;
 }
 
 int ReadUpload(const std::string& reply, wchar_t* keyOut, unsigned long keyOutLen)
@@ -46,6 +119,13 @@ int ReadUpload(const std::string& reply, wchar_t* keyOut, unsigned long keyOutLe
     }
     CopyToWide(fkey, keyOut, keyOutLen, Platform::CodePage::Ansi);
     return Result::Ok;
+}
+
+ObjectPath DepotPath(const wchar_t* uid, const wchar_t* key)
+{
+    ObjectPath path;
+    path << L"ofs/down.php?uid=" << uid << L"&k=" << key;
+    return path;
 }
 
 DepotForm CreateForm(const wchar_t* folder, const wchar_t* fileName)

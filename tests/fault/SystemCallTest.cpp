@@ -8,7 +8,7 @@
 
 #include <winhttp.h>
 
-#include <quorvex/NetDisk.h>
+#include <quorvex/quorvex.h>
 
 #include <gtest/gtest.h>
 
@@ -279,14 +279,20 @@ TEST(ErrorText, IsReleasedWhenTheLevelIsDisabled)
     expectTextIsReleased(0, 0);
 }
 
-TEST(LastErrorText, IsOneEmptyBufferOfAllObjects)
+TEST(LastErrorText, IsOneEmptyBufferOfAllObjectsOfAllClasses)
 {
     const CNetDisk one;
     const CNetDisk other(L"http://127.0.0.1:1/", L"S");
     const wchar_t* const text = one.GetLastErrMsg();
     ASSERT_NE(text, nullptr);
     EXPECT_EQ(other.GetLastErrMsg(), text);
+    const quorvex::CFileStorage storage(nullptr, nullptr);
+    EXPECT_EQ(storage.GetLastErrMsg(), text);
+    const quorvex::COnlineUserSearch search(nullptr);
+    EXPECT_EQ(search.GetLastErrMsg(), text);
     EXPECT_EQ(one.FileDelete(L"K"), -100);
+    EXPECT_EQ(storage.EmoticonRemove(L"K"), -100);
+    EXPECT_EQ(search.UserReportStatus("im", 1), -100);
     EXPECT_EQ(one.GetLastErrMsg(), text);
     EXPECT_EQ(*text, L'\0');
 }

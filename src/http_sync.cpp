@@ -1,0 +1,174 @@
+#include "http_sync.h"
+
+#include "CommonUtil.h"
+
+#include <ferrolink/event.h>
+#include <quorvex/Results.h>
+
+#include <mutex>
+#include <new>
+
+namespace quorvex
+{
+
+namespace
+{
+
+constexpr unsigned long kSpinCount = 4000;
+
+} // namespace
+
+__frl_stru_handle__* CreateSession()
+{
+    return frl_http_session_create();
+}
+
+void CloseSession(std::atomic<__frl_stru_handle__*>& session)
+{
+    if (__frl_stru_handle__* const handle = session.exchange(nullptr); handle != nullptr)
+    {
+        frl_http_session_close(handle);
+    }
+}
+
+RequestDispatcher::RequestDispatcher(SyncTimeouts timeouts)
+    : m_timeouts(timeouts),
+      m_lock(kSpinCount),
+      m_isRegistered(m_requestCame && frl_event_add_win32_event(m_requestCame.Handle(), OnSignalled, this) == 0)
+{
+}
+
+RequestDispatcher::~RequestDispatcher()
+{
+    std::list<PendingRequest> abandoned;
+    {
+        const std::lock_guard lock(m_lock);
+        m_isStopping = true;
+        abandoned.swap(m_queue);
+    }
+    for (const PendingRequest& pending : abandoned)
+    {
+        Complete(*pending.waiter, FRL_HTTP_CLOSED, 0, {});
+    }
+    if (m_isRegistered)
+    {
+        frl_event_remove_win32_event(m_requestCame.Handle());
+    }
+}
+
+int RequestDispatcher::Perform(__frl_stru_handle__* session, const SyncRequest& request, SyncAnswer* answer)
+{
+    if (session == nullptr || !m_isRegistered)
+    {
+        return Result::RequestRefused;
+    }
+    Waiter waiter{{}, answer};
+    if (!waiter.done)
+    {
+        LOG_LAST_ERROR();
+        return Result::RequestRefused;
+    }
+    const int result = Enqueue({session, request, &waiter});
+    if (result == Result::Ok)
+    {
+        waiter.done.Wait();
+    }
+    return result;
+}
+
+int RequestDispatcher::Enqueue(const PendingRequest& pending)
+{
+    const std::lock_guard lock(m_lock);
+    if (m_isStopping)
+    {
+        return Result::RequestRefused;
+    }
+    m_queue.push_back(pending);
+    m_requestCame.Set();
+    return Result::Ok;
+}
+
+void RequestDispatcher::OnSignalled(void* /*event*/, void* context)
+{
+    auto& dispatcher = *static_cast<RequestDispatcher*>(context);
+    std::list<PendingRequest> requests;
+    {
+        const std::lock_guard lock(dispatcher.m_lock);
+        if (dispatcher.m_isStopping)
+        {
+            return;
+        }
+        requests.swap(dispatcher.m_queue);
+    }
+    for (const PendingRequest& pending : requests)
+    {
+        dispatcher.Start(pending);
+    }
+}
+
+void RequestDispatcher::Start(const PendingRequest& pending) const
+{
+    const SyncRequest& what = pending.request;
+    __frl_stru_handle__* const request = frl_http_request_open(pending.session, what.method, what.url, what.headers);
+    if (request == nullptr)
+    {
+        Complete(*pending.waiter, FRL_HTTP_FAILED, 0, {});
+        return;
+    }
+    if (*what.cookie != L'\0')
+    {
+        frl_http_request_add_cookie(request, what.cookie);
+    }
+    frl_http_request_set_timeouts(request, m_timeouts.resolve, m_timeouts.connect, m_timeouts.send, m_timeouts.receive);
+    const int result =
+        frl_http_request_perform(request, what.body.data(), what.body.size(), OnCompleted, pending.waiter);
+    if (result != 0)
+    {
+        Complete(*pending.waiter, result, 0, {});
+    }
+}
+
+void RequestDispatcher::OnCompleted(__frl_stru_handle__* request, int result, const void* body, size_t length,
+                                    void* context)
+{
+    const std::string_view text =
+        body != nullptr ? std::string_view(static_cast<const char*>(body), length) : std::string_view();
+    Complete(*static_cast<Waiter*>(context), result, frl_http_request_get_status_code(request), text);
+}
+
+/// The waiter is gone as soon as its event is set.
+void RequestDispatcher::Complete(Waiter& waiter, int result, int code, std::string_view body)
+{
+    static constexpr int kLastGoodCode = 299;
+
+    if (waiter.answer == nullptr)
+    {
+        LOG_ERROR(L"! frl_http_request_sync _sync_cb rd is empty!");
+        waiter.done.Set();
+        return;
+    }
+    SyncAnswer& answer = *waiter.answer;
+    answer.result = result;
+    answer.code = code;
+    try
+    {
+        answer.body = body;
+    }
+    catch (const std::bad_alloc&)
+    {
+        answer.result = FRL_HTTP_FAILED;
+    }
+    if (answer.result == FRL_HTTP_COMPLETED && answer.code <= kLastGoodCode)
+    {
+        LOG_DEBUG(L"_sync_cb result=" << answer.result << L" code=" << answer.code << L" body=\"" << answer.body
+                                      << L"\"");
+    }
+    else
+    {
+        LOG_ERROR(L"_sync_cb result=" << answer.result << L" code=" << answer.code << L" body=\"" << answer.body
+                                      << L"\"");
+    }
+    waiter.done.Set();
+}
+
+} // namespace quorvex
