@@ -7,9 +7,10 @@ source "$root/scripts/lib.sh"
 usage() {
     cat <<'TEXT'
 ./bench.sh   Installs what is missing, builds, measures the module against a bare loop over the same
-             system calls, its digests against OpenSSL and its reading of a listing against the JSON
-             library alone, and writes docs/benchmarks.md. Takes some minutes; nothing else should keep
-             the machine busy meanwhile.
+             system calls, its digests against OpenSSL, its reading of listings against the JSON
+             library alone, and
+             writes docs/benchmarks.md. Takes some minutes; nothing else should keep the machine busy
+             meanwhile.
 TEXT
 }
 
@@ -56,6 +57,11 @@ listings() {
     "$root/scripts/wine.sh" "$build/windows-x64/bin/quorvex-listing-bench.exe" | tr -d '\r'
 }
 
+searches() {
+    "$root/scripts/wine.sh" "$build/windows-x64/bin/quorvex-search-bench.exe" | tr -d '\r'
+}
+
+
 # What was written by hand about the figures outlives a new measurement.
 notes() {
     if [[ -r $report ]]; then sed -n '/^## Notes$/,$p' "$report" | sed '1s/^/\n/'; fi
@@ -80,6 +86,7 @@ folder=$(mktemp -d "$build/bench.XXXXXX")
     section "Digests against OpenSSL" digests
     section "The module against a bare loop over the same system calls, under Wine" transfers
     section "A folder listing read into records against the JSON library's parse, under Wine" listings
+    section "The online search: user ids against the JSON library's parse, status reports against a bare loop, under Wine" searches
     notes
 } | tee "$folder/report"
 mv "$folder/report" "$report"

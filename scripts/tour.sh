@@ -115,16 +115,86 @@ tour_recycle_bin() {
     step netdisk quota
 }
 
+tour_storage() {
+    local uid url=${url%/object}/storage
+    chapter "the shared file storage: a picture, a photo and a set of emoticons, at $url"
+    head -c 300000 large.bin >sunset.png
+    head -c 4000 large.bin >smile.gif
+    tail -c 5000 large.bin >grin.gif
+    step storage put-picture sunset.png
+    account=guest step storage get-picture sunset.png --out guest
+    compare sunset.png guest/sunset.png
+    step storage put-photo sunset.png --name demo.png
+    account=guest step storage get-photo demo.png --out guest/demo.png
+    compare sunset.png guest/demo.png
+    step storage emoticons put smile.gif
+    step storage emoticons put grin.gif
+    step storage emoticons ls --log trace --log-file module.log
+    grep -F 'EmoticonGetList success, vecEmoticonList.size()=2' module.log || fail "The set has not two emoticons."
+    # The account system tells the user id by which others find the set.
+    url=${url%/storage}/search step search login
+    uid=$(told uid)
+    account=guest step storage emoticons get smile.gif --uid "$uid" --out guest
+    compare smile.gif guest/smile.gif
+    step storage emoticons rm smile.gif
+}
+
+tour_depot() {
+    local key used url=${url%/object}/storage
+    chapter "the depot, which keeps large files for a week, at $url"
+    step depot info
+    used=$(told used)
+    step depot put large.bin
+    key=$(told key)
+    step depot ls
+    [[ $(id_of large.bin) == "$key" ]] || fail "large.bin is not in the depot."
+    step depot info "$key"
+    step depot get "$key" --out depot
+    compare large.bin depot/large.bin
+    step depot renew "$key"
+    step depot rm "$key"
+    step depot info
+    [[ $(told used) == "$used" ]] || fail "The depot has not given the space back."
+}
+
+# Whether the last step listed exactly these users: found ID...
+found() {
+    [[ $(tr -d '\r' <"$folder/output") == "$(printf '%s\n' "$@")" ]] || fail "The search found others."
+}
+
+tour_search() {
+    local url=${url%/object}/search account ids=()
+    chapter "who is online: three users, found by what they tell about themselves, at $url"
+    for account in demo guest visitor; do
+        step search login
+        ids+=("$(told uid)")
+        step search status im 1
+    done
+    account=demo step search update im age=27 city=巴黎
+    account=guest step search update im age=31 city=巴黎
+    account=visitor step search update im age=24 city=Oslo
+    account=demo
+    step search find im
+    found "${ids[@]}"
+    step search find im age=20-30
+    found "${ids[0]}" "${ids[2]}"
+    step search find im age=20-30 city=巴黎
+    found "${ids[0]}"
+    account=visitor step search status im 0
+    step search count im
+    [[ $(told count) == 2 ]] || fail "The user who left was counted."
+}
+
 # tour MEBIBYTES
 tour() {
     local url readme large documents
     folder=$(mktemp -d "$build/tour.XXXXXX")
     trap leave_tour EXIT
-    mkdir "$folder/fetched" "$folder/guest"
+    mkdir "$folder/fetched" "$folder/guest" "$folder/depot"
 
     say "starting the services with an empty network disk"
-    start_services "$folder/services" "$folder/data" --user guest:guest
-    url=$(services_url "$folder/services")
+    start_services "$folder/services" "$folder/data" --user guest:guest --user visitor:visitor
+    url=$(services_url "$folder/services" object)
     echo "They answer at $url; each command is given --server $url --user demo --password demo"
 
     say "making a file of $1 MiB"
@@ -136,5 +206,8 @@ tour() {
     tour_folders
     tour_sharing
     tour_recycle_bin
+    tour_storage
+    tour_depot
+    tour_search
     printf '\neverything came back unchanged\n'
 }

@@ -96,10 +96,46 @@ std::string ReadReply(HINTERNET request)
     return reply;
 }
 
+/// A field of a form, as a part that the boundary begins.
+std::string Field(std::string_view name, std::uint64_t value)
+{
+    return "\r\n--0123456789012345678901234567890123456789\r\nContent-Disposition: form-data; name=\"" +
+           std::string(name) + "\"\r\n\r\n" + std::to_string(value);
+}
+
+std::string NetDiskBlockHead(std::size_t size, std::uint32_t position)
+{
+    return "--0123456789012345678901234567890123456789\r\nContent-Disposition: form-data; name=\"fkey\"\r\n\r\nk" +
+           Field("pos", position) + Field("size", size) +
+           "\r\n--0123456789012345678901234567890123456789\r\nContent-Disposition: form-data; "
+           "name=\"upfile\"; filename=\"0\"\r\n\r\n";
+}
+
+std::string StorageBlockHead(std::size_t size, std::uint32_t position)
+{
+    return "--0123456789012345678901234567890123456789\r\nContent-Disposition: form-data; name=\"k\"\r\n\r\nk" +
+           Field("rs", position) + Field("re", position + size - 1) +
+           "\r\n--0123456789012345678901234567890123456789\r\nContent-Disposition: form-data; "
+           "name=\"chunk\"; filename=\"0\"\r\nContent-Type: application/octet-stream\r\n\r\n";
+}
+
 } // namespace
 
-BareClient::BareClient(std::uint16_t port)
-    : m_session(::WinHttpOpen(L"Mozilla/4.0 (compatible; MSIE 7.0; Windows NT 5.1; Trident/4.0)",
+const BareService kBareNetDisk = {.upload = L"/file/upload",
+                                  .download = L"/file/down?fkey=k",
+                                  .blockUpload = L"/file/upload",
+                                  .blockDownload = L"/file/down?fkey=k",
+                                  .blockHead = NetDiskBlockHead};
+
+const BareService kBareStorage = {.upload = L"/ops/upload_rest.php",
+                                  .download = L"/ops/down.php?k=k",
+                                  .blockUpload = L"/ofs/upload_u_rest.php",
+                                  .blockDownload = L"/ofs/down.php?uid=&k=k",
+                                  .blockHead = StorageBlockHead};
+
+BareClient::BareClient(std::uint16_t port, const BareService& service)
+    : m_service(service),
+      m_session(::WinHttpOpen(L"Mozilla/4.0 (compatible; MSIE 7.0; Windows NT 5.1; Trident/4.0)",
                               WINHTTP_ACCESS_TYPE_DEFAULT_PROXY, WINHTTP_NO_PROXY_NAME, WINHTTP_NO_PROXY_BYPASS, 0)),
       m_connection(::WinHttpConnect(m_session.get(), L"127.0.0.1", port, 0))
 {
@@ -125,7 +161,7 @@ void BareClient::Upload(const std::filesystem::path& file) const
         "--0123456789012345678901234567890123456789\r\nContent-Disposition: form-data; "
         "name=\"upfile\";filename=\"data.bin\"\r\nContent-Type: application/octet-stream\r\n\r\n";
 
-    const Internet request = OpenRequest(L"POST", L"/file/upload");
+    const Internet request = OpenRequest(L"POST", m_service.upload);
     AddHeader(request.get(), kMultipart);
     const Handle source = CheckedFile(
         ::CreateFileW(file.c_str(), GENERIC_READ, 0, nullptr, OPEN_EXISTING, FILE_ATTRIBUTE_NORMAL, nullptr));
@@ -148,7 +184,7 @@ void BareClient::Upload(const std::filesystem::path& file) const
 
 void BareClient::Download(const std::filesystem::path& file) const
 {
-    const Internet request = OpenRequest(L"GET", L"/file/down?fkey=k");
+    const Internet request = OpenRequest(L"GET", m_service.download);
     SendHead(request.get(), 0);
     Receive(request.get());
     const Handle target = CheckedFile(::CreateFileW(file.c_str(), GENERIC_READ | GENERIC_WRITE, 0, nullptr, OPEN_ALWAYS,
@@ -163,16 +199,8 @@ void BareClient::Download(const std::filesystem::path& file) const
 
 void BareClient::UploadBlock(std::span<const char> block, std::uint32_t position) const
 {
-    const std::string head =
-        "--0123456789012345678901234567890123456789\r\nContent-Disposition: form-data; name=\"fkey\"\r\n\r\nk"
-        "\r\n--0123456789012345678901234567890123456789\r\nContent-Disposition: form-data; name=\"pos\"\r\n\r\n" +
-        std::to_string(position) +
-        "\r\n--0123456789012345678901234567890123456789\r\nContent-Disposition: form-data; name=\"size\"\r\n\r\n" +
-        std::to_string(block.size()) +
-        "\r\n--0123456789012345678901234567890123456789\r\nContent-Disposition: form-data; "
-        "name=\"upfile\"; filename=\"0\"\r\n\r\n";
-
-    const Internet request = OpenRequest(L"POST", L"/file/upload");
+    const std::string head = m_service.blockHead(block.size(), position);
+    const Internet request = OpenRequest(L"POST", m_service.blockUpload);
     AddHeader(request.get(), kMultipart);
     SendHead(request.get(), static_cast<DWORD>(head.size() + block.size() + kTail.size()));
     Write(request.get(), head.data(), head.size());
@@ -184,7 +212,7 @@ void BareClient::UploadBlock(std::span<const char> block, std::uint32_t position
 
 void BareClient::DownloadBlock(std::span<char> block, std::uint32_t position) const
 {
-    const Internet request = OpenRequest(L"GET", L"/file/down?fkey=k");
+    const Internet request = OpenRequest(L"GET", m_service.blockDownload);
     AddHeader(request.get(),
               L"Range: bytes=" + std::to_wstring(position) + L"-" + std::to_wstring(position + block.size() - 1));
     SendHead(request.get(), 0);

@@ -179,13 +179,27 @@ void LoopbackServer::Serve(SOCKET client) const
 void LoopbackServer::Answer(SOCKET client, const std::string& head) const
 {
     const std::string_view request(head);
-    if (request.starts_with("GET /file/down?"))
+    if (request.starts_with("GET /file/down?") || request.starts_with("GET /ops/down.php?") ||
+        request.starts_with("GET /ofs/down.php?"))
     {
         AnswerDownload(client, head);
     }
     else if (request.starts_with("POST /file/upload "))
     {
         Send(client, JsonAnswer(UploadReply()));
+    }
+    else if (request.starts_with("POST /ops/upload_rest.php "))
+    {
+        Send(client,
+             JsonAnswer(R"({"result":200,"fkey":"k","fsize":)" + std::to_string(m_fileSize) + R"(,"errorinfo":""})"));
+    }
+    else if (request.starts_with("POST /ofs/upload_u_rest.php ") || request.starts_with("GET /status.php?"))
+    {
+        Send(client, JsonAnswer(R"({"result":200,"errorinfo":""})"));
+    }
+    else if (request.starts_with("GET /check.php?"))
+    {
+        Send(client, JsonAnswer(R"({"result":200,"uid":"1","sid":"s","errorinfo":""})"));
     }
     else if (request.starts_with("GET /capacity/info "))
     {

@@ -33,8 +33,9 @@ private:
     SOCKET m_handle;
 };
 
-/// A network disk that keeps nothing: uploads are read and thrown away, downloads are made up. One connection and one
-/// request at a time, on a port of 127.0.0.1 that the system gives.
+/// A network disk and file storage that keeps nothing: uploads are read and thrown away, downloads are made up. It
+/// takes status reports of the online search, too. One connection and one request at a time, on a port of 127.0.0.1
+/// that the system gives.
 class LoopbackServer
 {
 public:

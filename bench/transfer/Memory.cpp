@@ -4,6 +4,7 @@
 #include "FileDigests.h"
 #include "LoopbackServer.h"
 #include "NetDiskClient.h"
+#include "StorageClient.h"
 #include "SystemError.h"
 #include "WorkFolder.h"
 
@@ -17,9 +18,11 @@
 #include <functional>
 #include <iomanip>
 #include <iostream>
+#include <span>
 #include <stdexcept>
 #include <string_view>
 #include <thread>
+#include <vector>
 
 namespace quorvex::bench
 {
@@ -30,6 +33,7 @@ namespace
 namespace fs = std::filesystem;
 
 constexpr double kTargetMiB = 2;
+constexpr std::size_t kBlockSize = 1U << 20;
 
 struct FileSize
 {
@@ -60,11 +64,18 @@ void GetChecksum(const Probe& probe)
     }
 }
 
+template <class Client>
+void Upload(const Probe& probe)
+{
+    Client(probe.port).Upload(probe.file);
+}
+
+template <class Client>
 void Download(const Probe& probe)
 {
     fs::path target = probe.file;
     target += L".received";
-    NetDiskClient(probe.port).Download(target);
+    Client(probe.port).Download(target);
     if (fs::file_size(target) != fs::file_size(probe.file))
     {
         throw std::runtime_error("a download is not whole");
@@ -72,9 +83,39 @@ void Download(const Probe& probe)
     fs::remove(target);
 }
 
+/// Gives every block of a file to an operation.
+void ForEachBlock(const Probe& probe, const std::function<void(std::span<char> block, std::uint32_t position)>& run)
+{
+    const std::uint64_t size = fs::file_size(probe.file);
+    std::vector<char> block(kBlockSize);
+    for (std::uint64_t position = 0; position < size; position += kBlockSize)
+    {
+        const auto length = static_cast<std::size_t>(std::min<std::uint64_t>(kBlockSize, size - position));
+        run(std::span(block).first(length), static_cast<std::uint32_t>(position));
+    }
+}
+
+void UploadToDepot(const Probe& probe)
+{
+    const StorageClient client(probe.port);
+    ForEachBlock(probe,
+                 [&client](std::span<char> block, std::uint32_t position) { client.UploadBlock(block, position); });
+}
+
+void DownloadFromDepot(const Probe& probe)
+{
+    const StorageClient client(probe.port);
+    ForEachBlock(probe,
+                 [&client](std::span<char> block, std::uint32_t position) { client.DownloadBlock(block, position); });
+}
+
 constexpr std::array kOperations = {
-    Operation{"FileUpload", [](const Probe& probe) { NetDiskClient(probe.port).Upload(probe.file); }},
-    Operation{"FileDownload", Download},
+    Operation{"FileUpload", Upload<NetDiskClient>},
+    Operation{"FileDownload", Download<NetDiskClient>},
+    Operation{"storage:FileUpload", Upload<StorageClient>},
+    Operation{"storage:FileDownload", Download<StorageClient>},
+    Operation{"depot:LargeFileUpload", UploadToDepot},
+    Operation{"depot:LargeFileDownload", DownloadFromDepot},
     Operation{"FileGetChecksum", GetChecksum},
     Operation{"FileMd5AndSha1", [](const Probe& probe) { DigestMd5AndSha1(probe.file); }},
 };
@@ -116,7 +157,7 @@ double MeasureMiB(LoopbackServer& server, const Operation& operation, const fs::
 
 } // namespace
 
-void BenchMemory(const fs::path& folder)
+void BenchMemory(const fs::path& folder, const std::string& rows)
 {
     LoopbackServer server;
     for (const FileSize& size : {kSmall, kLarge})
@@ -128,6 +169,10 @@ void BenchMemory(const fs::path& folder)
               << std::fixed << std::setprecision(2);
     for (const Operation& operation : kOperations)
     {
+        if (operation.name.find(rows) == std::string_view::npos)
+        {
+            continue;
+        }
         const double small = MeasureMiB(server, operation, folder, kSmall);
         const double large = MeasureMiB(server, operation, folder, kLarge);
         std::cout << "| " << operation.name << " | " << small << " MiB | " << large << " MiB | **" << large - small

@@ -9,7 +9,8 @@ namespace quorvex::bench
 
 /// Prints how much private memory each operation takes at most for a small and for a large file. Each one is measured
 /// in a process of its own.
-void BenchMemory(const std::filesystem::path& folder);
+/// @param rows as for BenchTransfers
+void BenchMemory(const std::filesystem::path& folder, const std::string& rows);
 
 /// One operation, in a process started by BenchMemory.
 struct Probe

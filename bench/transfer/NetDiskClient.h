@@ -1,25 +1,18 @@
 #pragma once
 
+#include "CheckResult.h"
+
 #include <quorvex/NetDisk.h>
 
 #include <cstdint>
 #include <filesystem>
-#include <stdexcept>
+#include <span>
 #include <string>
 
 namespace quorvex::bench
 {
 
-/// Throws when an operation of the module gives another result than 0.
-inline void CheckResult(int result, const char* operation)
-{
-    if (result != 0)
-    {
-        throw std::runtime_error(std::string(operation) + " gave result " + std::to_string(result));
-    }
-}
-
-/// The module's client, logged in to a server on this machine.
+/// The module's client of the network disk, logged in to a server on this machine.
 class NetDiskClient
 {
 public:
@@ -39,6 +32,19 @@ public:
     void Download(const std::filesystem::path& file) const
     {
         CheckResult(m_disk.FileDownload(L"k", file.parent_path().c_str(), file.filename().c_str()), "FileDownload");
+    }
+
+    void UploadBlock(std::span<char> block, std::uint32_t position) const
+    {
+        CheckResult(m_disk.LargeFileUpload(L"k", block.data(), static_cast<unsigned long>(block.size()), position),
+                    "LargeFileUpload");
+    }
+
+    void DownloadBlock(std::span<char> block, std::uint32_t position) const
+    {
+        auto size = static_cast<unsigned long>(block.size());
+        CheckResult(m_disk.LargeFileDownload(L"k", position, block.data(), size), "LargeFileDownload");
+        CheckWholeBlock(size == block.size());
     }
 
 private:

@@ -4,6 +4,7 @@
 #include "LoopbackServer.h"
 #include "NetDiskClient.h"
 #include "Pairs.h"
+#include "StorageClient.h"
 #include "WorkFolder.h"
 
 #include <stdexcept>
@@ -19,20 +20,21 @@ namespace fs = std::filesystem;
 
 constexpr std::uint64_t kFileSize = 256ULL << 20;
 constexpr int kRequests = 500;
-constexpr unsigned long kBlockSize = 1UL << 20;
-constexpr unsigned long kBlockPosition = 100 * kBlockSize;
-constexpr int kBlocks = 64;
+constexpr std::uint32_t kBlockSize = 1U << 20;
+constexpr std::uint32_t kBlockPosition = 100 * kBlockSize;
 
-Pair Uploads(const NetDiskClient& module, const BareClient& bare, const fs::path& source)
+template <class Client>
+Pair Uploads(const char* name, const Client& module, const BareClient& bare, const fs::path& source)
 {
-    return {.name = "FileUpload, 256 MiB",
+    return {.name = name,
             .first = [&module, source] { module.Upload(source); },
             .second = [&bare, source] { bare.Upload(source); }};
 }
 
-Pair Downloads(const NetDiskClient& module, const BareClient& bare, const fs::path& target)
+template <class Client>
+Pair Downloads(const char* name, const Client& module, const BareClient& bare, const fs::path& target)
 {
-    return {.name = "FileDownload, 256 MiB",
+    return {.name = name,
             .first = [&module, target] { module.Download(target); },
             .second = [&bare, target] { bare.Download(target); },
             // Both have to make the file anew, and neither is measured by what the other has left.
@@ -44,6 +46,29 @@ Pair Downloads(const NetDiskClient& module, const BareClient& bare, const fs::pa
                     }
                     fs::remove(target);
                 }};
+}
+
+template <class Client>
+Pair BlockUploads(const char* name, int blocks, LoopbackServer& server, const Client& module, const BareClient& bare,
+                  std::vector<char>& block)
+{
+    return {.name = name,
+            .first = [&] { module.UploadBlock(block, kBlockPosition); },
+            .second = [&] { bare.UploadBlock(block, kBlockPosition); },
+            .repetitions = blocks,
+            // The network disk's client compares the answer with the block that it sent.
+            .prepare = [&server] { server.SetFileSize(kBlockSize); }};
+}
+
+template <class Client>
+Pair BlockDownloads(const char* name, int blocks, LoopbackServer& server, const Client& module, const BareClient& bare,
+                    std::vector<char>& block)
+{
+    return {.name = name,
+            .first = [&] { module.DownloadBlock(block, kBlockPosition); },
+            .second = [&] { bare.DownloadBlock(block, kBlockPosition); },
+            .repetitions = blocks,
+            .prepare = [&server] { server.SetFileSize(kFileSize); }};
 }
 
 Pair SmallGets(const NetDiskClient& module, const BareClient& bare)
@@ -68,57 +93,36 @@ Pair SmallPosts(const NetDiskClient& module, const BareClient& bare)
             .repetitions = kRequests};
 }
 
-Pair BlockUploads(LoopbackServer& server, const NetDiskClient& module, const BareClient& bare, std::vector<char>& block)
-{
-    return {.name = "LargeFileUpload, 64 blocks of 1 MiB",
-            .first =
-                [&] {
-                    CheckResult(module->LargeFileUpload(L"k", block.data(), kBlockSize, kBlockPosition),
-                                "LargeFileUpload");
-                },
-            .second = [&] { bare.UploadBlock(block, kBlockPosition); },
-            .repetitions = kBlocks,
-            // The module compares the answer with the block that it sent.
-            .prepare = [&server] { server.SetFileSize(kBlockSize); }};
-}
-
-Pair BlockDownloads(const NetDiskClient& module, const BareClient& bare, std::vector<char>& block)
-{
-    return {.name = "LargeFileDownload, 64 blocks of 1 MiB",
-            .first =
-                [&] {
-                    unsigned long size = kBlockSize;
-                    CheckResult(module->LargeFileDownload(L"k", kBlockPosition, block.data(), size),
-                                "LargeFileDownload");
-                    if (size != kBlockSize)
-                    {
-                        throw std::runtime_error("a block is not whole");
-                    }
-                },
-            .second = [&] { bare.DownloadBlock(block, kBlockPosition); },
-            .repetitions = kBlocks};
-}
-
 } // namespace
 
-void BenchTransfers(const fs::path& folder, int runs)
+void BenchTransfers(const fs::path& folder, int runs, const std::string& rows)
 {
     LoopbackServer server;
-    const NetDiskClient module(server.Port());
-    const BareClient bare(server.Port());
+    const NetDiskClient disk(server.Port());
+    const BareClient bareDisk(server.Port(), kBareNetDisk);
+    const StorageClient storage(server.Port());
+    const BareClient bareStorage(server.Port(), kBareStorage);
     const fs::path source = folder / "data.bin";
+    const fs::path target = folder / "received.bin";
     MakeSparseFile(source, kFileSize);
     std::vector<char> block(kBlockSize, 'x');
-
-    const Columns columns{"operation", "module", "bare loop", "module's share of the bare loop's speed"};
-    const Target target{Target::Bound::AtLeast, 0.97};
-
     server.SetFileSize(kFileSize);
-    CompareAndPrint(columns, target,
-                    {Uploads(module, bare, source), Downloads(module, bare, folder / "received.bin"),
-                     SmallGets(module, bare), SmallPosts(module, bare), BlockDownloads(module, bare, block),
-                     BlockUploads(server, module, bare, block)},
-                    runs);
+
+    std::vector<Pair> pairs{
+        Uploads("FileUpload, 256 MiB", disk, bareDisk, source),
+        Downloads("FileDownload, 256 MiB", disk, bareDisk, target),
+        SmallGets(disk, bareDisk),
+        SmallPosts(disk, bareDisk),
+        BlockDownloads("LargeFileDownload, 64 blocks of 1 MiB", 64, server, disk, bareDisk, block),
+        BlockUploads("LargeFileUpload, 64 blocks of 1 MiB", 64, server, disk, bareDisk, block),
+        Uploads("storage:FileUpload, 256 MiB", storage, bareStorage, source),
+        Downloads("storage:FileDownload, 256 MiB", storage, bareStorage, target),
+        BlockDownloads("depot:LargeFileDownload, 256 blocks of 1 MiB", 256, server, storage, bareStorage, block),
+        BlockUploads("depot:LargeFileUpload, 256 blocks of 1 MiB", 256, server, storage, bareStorage, block),
+    };
+    std::erase_if(pairs, [&rows](const Pair& pair) { return pair.name.find(rows) == std::string::npos; });
+    CompareAndPrint({"operation", "module", "bare loop", "module's share of the bare loop's speed"},
+                    {Target::Bound::AtLeast, 0.97}, pairs, runs);
 }
 
 } // namespace quorvex::bench

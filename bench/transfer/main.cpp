@@ -23,6 +23,7 @@ struct Options
     bool digests = false;
     bool memory = false;
     int runs = 11;
+    std::string rows;
     std::string folder;
     Probe probe;
     std::string probeFile;
@@ -48,6 +49,7 @@ void AddOptions(CLI::App& app, Options& options)
     app.add_option("--runs", options.runs, "Counted runs of each side of a comparison")
         ->check(CLI::Range(1, 1000))
         ->capture_default_str();
+    app.add_option("--rows", options.rows, "Of transfers and memory only the rows whose names have this text");
     app.add_option("--folder", options.folder, "Where files are made; it needs 3 GiB (default: the temporary folder)");
     app.footer("Without a choice of the three, all are run. Tables are Markdown.");
 
@@ -63,7 +65,7 @@ void Bench(const Options& options)
     const bool isAll = !options.transfers && !options.digests && !options.memory;
     if (isAll || options.transfers)
     {
-        BenchTransfers(folder.Path(), options.runs);
+        BenchTransfers(folder.Path(), options.runs, options.rows);
         std::cout << '\n';
     }
     if (isAll || options.digests)
@@ -73,7 +75,7 @@ void Bench(const Options& options)
     }
     if (isAll || options.memory)
     {
-        BenchMemory(folder.Path());
+        BenchMemory(folder.Path(), options.rows);
     }
 }
 

@@ -1,6 +1,6 @@
 #pragma once
 
-#include "NetDiskCommands.h"
+#include "Command.h"
 #include "Options.h"
 
 #include <optional>
@@ -10,10 +10,20 @@
 namespace quorvex::console
 {
 
+/// What a group of commands talks to.
+struct Service
+{
+    const wchar_t* variable;  ///< of the environment, where its address is taken from when none is given
+    const char* localAddress; ///< its address when there is none there either
+    bool takesTickets;
+};
+
 struct Invocation
 {
     Options options;
     Command command = nullptr;
+    const Service* service = nullptr;
+    bool needsLogin = true;
 };
 
 /// What the command line asks for, when that is no command: help, the version, or a complaint about itself.

@@ -34,12 +34,12 @@ public:
     /// @return how many bytes of it were there already
     std::uint64_t Run()
     {
-        const bool isLarge = m_remote.size > m_options.largeFrom;
-        const std::uint64_t present = isLarge ? Present() : 0;
+        const bool isInRanges = !m_source.fetchWhole || m_remote.size > m_options.largeFrom;
+        const std::uint64_t present = isInRanges ? Present() : 0;
         // The module does not shorten a file that it writes.
         if (present == 0)
             Discard();
-        if (isLarge)
+        if (isInRanges)
             FetchRanges(present);
         else
             Check(m_source.fetchWhole(m_part.folder.c_str(), m_part.name.c_str()), m_what);
@@ -129,6 +129,19 @@ DownloadSource FromDisk(const netdisk::CNetDisk& disk, const std::string& key)
             }};
 }
 
+DownloadSource FromDepot(Storage& storage, const std::string& uid, const std::string& key)
+{
+    const std::wstring wideUid = Wide(uid);
+    const std::wstring wideKey = Wide(key);
+    return {AskAbout(storage, wideUid, wideKey, "cannot download " + key),
+            {},
+            [&storage, wideUid, wideKey](unsigned long position, void* buffer, unsigned long& size) {
+                return storage.Run([&](const CFileStorage& depot) {
+                    return depot.LargeFileDownload(wideUid.c_str(), wideKey.c_str(), position, buffer, size);
+                });
+            }};
+}
+
 DownloadSource FromShare(const netdisk::CNetDisk& disk, const std::string& pcode, const FileEntry& file)
 {
     const std::wstring code = Wide(pcode);
@@ -149,11 +162,7 @@ DownloadResult Download(const DownloadSource& source, const std::filesystem::pat
     result.resumedFrom = fetch.Run();
     result.verified = VerifyOrRepeat(fetch, result.resumedFrom);
 
-    std::error_code error;
-    std::filesystem::rename(fetch.Part(), result.path, error);
-    if (error)
-        throw Failure("the download is complete, but " + NameOf(fetch.Part()) + " cannot be renamed to " +
-                      NameOf(result.path));
+    PutInPlace(fetch.Part(), result.path);
     return result;
 }
 

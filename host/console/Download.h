@@ -2,6 +2,7 @@
 
 #include "Options.h"
 #include "RemoteFile.h"
+#include "StorageSession.h"
 
 #include <quorvex/NetDisk.h>
 
@@ -17,7 +18,7 @@ namespace quorvex::console
 struct DownloadSource
 {
     RemoteFile remote;
-    /// Writes the whole file into a folder, under a name.
+    /// Writes the whole file into a folder, under a name; empty where files come in ranges alone.
     std::function<int(const wchar_t* folder, const wchar_t* name)> fetchWhole;
     /// Reads one range; "size" is the bytes wanted, then those received.
     std::function<int(unsigned long position, void* buffer, unsigned long& size)> fetchRange;
@@ -26,6 +27,11 @@ struct DownloadSource
 /// A file of the user's disk.
 /// @throws Failure
 DownloadSource FromDisk(const netdisk::CNetDisk& disk, const std::string& key);
+
+/// A file of the depot.
+/// @param uid the owner's; empty for the account's own
+/// @throws Failure
+DownloadSource FromDepot(Storage& storage, const std::string& uid, const std::string& key);
 
 /// A file of a share code.
 DownloadSource FromShare(const netdisk::CNetDisk& disk, const std::string& pcode, const FileEntry& file);
@@ -38,8 +44,8 @@ struct DownloadResult
     bool verified = false;         ///< the server tells the same MD5
 };
 
-/// Downloads a file: whole up to options.largeFrom bytes, otherwise range by range. The file grows under another name
-/// beside its place, where an interrupted download goes on, and takes its place when it is verified.
+/// Downloads a file: whole up to options.largeFrom bytes where that can be, otherwise range by range. The file grows
+/// under another name beside its place, where an interrupted download goes on, and takes its place when it is verified.
 /// @throws Failure
 DownloadResult Download(const DownloadSource& source, const std::filesystem::path& path, const Options& options);
 

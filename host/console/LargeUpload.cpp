@@ -4,7 +4,6 @@
 #include "LocalFile.h"
 #include "Output.h"
 #include "Text.h"
-#include "UploadKey.h"
 
 #include <algorithm>
 #include <fstream>
@@ -20,9 +19,9 @@ constexpr int kConflict = 409;
 
 } // namespace
 
-LargeUpload::LargeUpload(const netdisk::CNetDisk& disk, const Options& options, const LocalPath& local,
-                         std::uint64_t size, const std::string& md5)
-    : m_disk(disk), m_options(options), m_local(local), m_resumeFile(WithEnding(local.Whole(), L".quorvex-resume"))
+LargeUpload::LargeUpload(const UploadTarget& target, const Options& options, const LocalPath& local, std::uint64_t size,
+                         const std::string& md5)
+    : m_target(target), m_options(options), m_local(local), m_resumeFile(WithEnding(local.Whole(), L".quorvex-resume"))
 {
     const auto modified = std::filesystem::last_write_time(local.Whole()).time_since_epoch().count();
     m_record.identity = {options.server, ToUtf8(local.name), size, modified, md5};
@@ -56,14 +55,8 @@ bool LargeUpload::Resume()
 
 bool LargeUpload::Create()
 {
-    UploadKey key;
-    int complete = 0;
-    Check(m_disk.LargeFileCreate(m_local.folder.c_str(), m_local.name.c_str(), key.Room(), UploadKey::kStatedSize,
-                                 complete),
-          "cannot start the upload of " + m_record.identity.name);
-    m_record.key = key.Text();
+    Check(m_target.create(m_local, m_record.key, m_wasInstant), "cannot start the upload of " + m_record.identity.name);
     m_record.confirmed = 0;
-    m_wasInstant = complete != 0;
     if (m_wasInstant)
         m_resumeFile.Remove();
     else
@@ -74,7 +67,7 @@ bool LargeUpload::Create()
 int LargeUpload::SendRest()
 {
     const int result = SendBlocks();
-    return result != 0 ? result : m_disk.LargeFileFinish(Wide(m_record.key).c_str());
+    return result != 0 ? result : m_target.finish(Wide(m_record.key));
 }
 
 int LargeUpload::SendBlocks()
@@ -92,7 +85,7 @@ int LargeUpload::SendBlocks()
         if (!file.read(block.data(), static_cast<std::streamsize>(length)))
             throw Failure("cannot read " + m_record.identity.name, Result::LocalFileFailed);
         const int result =
-            m_disk.LargeFileUpload(key.c_str(), block.data(), length, static_cast<unsigned long>(m_record.confirmed));
+            m_target.sendBlock(key, block.data(), length, static_cast<unsigned long>(m_record.confirmed));
         if (result != 0)
             return result;
         m_record.confirmed += length;

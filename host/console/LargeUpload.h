@@ -4,8 +4,7 @@
 #include "Paths.h"
 #include "Progress.h"
 #include "ResumeRecord.h"
-
-#include <quorvex/NetDisk.h>
+#include "UploadTarget.h"
 
 #include <cstdint>
 #include <string>
@@ -17,7 +16,7 @@ namespace quorvex::console
 class LargeUpload
 {
 public:
-    LargeUpload(const netdisk::CNetDisk& disk, const Options& options, const LocalPath& local, std::uint64_t size,
+    LargeUpload(const UploadTarget& target, const Options& options, const LocalPath& local, std::uint64_t size,
                 const std::string& md5);
 
     /// @throws Failure
@@ -43,7 +42,7 @@ private:
     void Save();
     void ThrowUnlessDone(int result);
 
-    const netdisk::CNetDisk& m_disk;
+    const UploadTarget& m_target;
     const Options& m_options;
     LocalPath m_local;
     ResumeFile m_resumeFile;

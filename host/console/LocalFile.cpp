@@ -10,10 +10,41 @@
 #include <array>
 #include <fstream>
 #include <system_error>
+#include <utility>
 #include <vector>
 
 namespace quorvex::console
 {
+namespace
+{
+
+class FolderForAWhile
+{
+public:
+    explicit FolderForAWhile(std::filesystem::path path) : m_path(std::move(path))
+    {
+        std::error_code error;
+        std::filesystem::create_directories(m_path, error);
+        if (error)
+            throw Failure("cannot make the folder " + NameOf(m_path), Result::LocalFileFailed);
+    }
+
+    ~FolderForAWhile()
+    {
+        std::error_code ignored;
+        std::filesystem::remove_all(m_path, ignored);
+    }
+
+    FolderForAWhile(const FolderForAWhile&) = delete;
+    FolderForAWhile& operator=(const FolderForAWhile&) = delete;
+
+    const std::filesystem::path& Path() const { return m_path; }
+
+private:
+    std::filesystem::path m_path;
+};
+
+} // namespace
 
 std::uint64_t TransferableSize(const std::filesystem::path& path)
 {
@@ -53,6 +84,23 @@ std::string DigestOf(const std::filesystem::path& path)
         text += "0123456789abcdef"[byte & 15];
     }
     return text;
+}
+
+void PutInPlace(const std::filesystem::path& complete, const std::filesystem::path& place)
+{
+    std::error_code error;
+    std::filesystem::rename(complete, place, error);
+    if (error)
+        throw Failure("the download is complete, but " + NameOf(complete) + " cannot be renamed to " + NameOf(place));
+}
+
+void FetchInto(const std::filesystem::path& place, const std::function<int(const LocalPath&)>& fetch,
+               const std::string& what)
+{
+    const FolderForAWhile folder(WithEnding(place, L".quorvex-part"));
+    const LocalPath local = SplitPath(folder.Path() / place.filename());
+    Check(fetch(local), what);
+    PutInPlace(local.Whole(), place);
 }
 
 std::string NameOf(const std::filesystem::path& path)

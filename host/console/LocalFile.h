@@ -1,7 +1,10 @@
 #pragma once
 
+#include "Paths.h"
+
 #include <cstdint>
 #include <filesystem>
+#include <functional>
 #include <string>
 
 namespace quorvex::console
@@ -14,6 +17,17 @@ std::uint64_t TransferableSize(const std::filesystem::path& path);
 /// MD5 of a whole file, 32 lowercase hexadecimal characters; an empty file has one, too.
 /// @throws Failure when it cannot be read
 std::string DigestOf(const std::filesystem::path& path);
+
+/// Gives a complete download its name, in place of what has had it.
+/// @throws Failure
+void PutInPlace(const std::filesystem::path& complete, const std::filesystem::path& place);
+
+/// Has a whole file written into a folder of its own beside its place, and puts it there when it has come.
+/// @param fetch writes the file and returns the module's result
+/// @param what  what cannot be done when that fails
+/// @throws Failure
+void FetchInto(const std::filesystem::path& place, const std::function<int(const LocalPath&)>& fetch,
+               const std::string& what);
 
 /// The name for messages.
 std::string NameOf(const std::filesystem::path& path);

@@ -40,7 +40,7 @@ Report LoginCommand(const Options& options)
 Report PutCommand(const Options& options)
 {
     const auto disk = LogIn(options);
-    const UploadResult upload = Upload(*disk, options);
+    const UploadResult upload = Upload(ToDisk(*disk), options);
     if (!options.folder.empty())
         MoveInto(*disk, upload.key, options.folder);
     Report report;

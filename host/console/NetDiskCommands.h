@@ -1,14 +1,9 @@
 #pragma once
 
-#include "Options.h"
-#include "Output.h"
+#include "Command.h"
 
 namespace quorvex::console
 {
-
-/// One command of "quorvex netdisk": does its work and tells what came of it.
-/// @throws Failure
-using Command = Report (*)(const Options& options);
 
 Report LoginCommand(const Options& options);
 Report PutCommand(const Options& options);

@@ -13,7 +13,7 @@ inline constexpr const char* kTopFolder = "0";
 /// What the command line says. Texts are UTF-8; an empty one was not given.
 struct Options
 {
-    std::string server = "http://127.0.0.1:8080/object";
+    std::string server;
     std::string session;
     std::string user;
     std::string password;
@@ -26,7 +26,8 @@ struct Options
     std::string file;
     std::string key; ///< of a file; with isFolder, the id of a folder
     std::vector<std::string> keys;
-    std::string name;
+    std::string name;   ///< that a file or folder shall have on the server
+    std::string uid;    ///< of a file's owner
     std::string folder; ///< where a file or folder shall go
     std::string inFolder = kTopFolder;
     std::string out;
@@ -41,6 +42,11 @@ struct Options
     std::string shareType = "all";
     std::uint64_t blockSize = 4u << 20;
     std::uint64_t largeFrom = 8u << 20;
+
+    std::string accounts; ///< address of the account system
+    std::string app;
+    int status = 0;
+    std::vector<std::string> fields; ///< each NAME=VALUE
 };
 
 } // namespace quorvex::console

@@ -4,6 +4,8 @@
 #include "Paths.h"
 #include "Text.h"
 
+#include <quorvex/Results.h>
+
 #include <algorithm>
 #include <array>
 
@@ -22,21 +24,51 @@ std::string AsDigest(std::string text)
     return text.size() == 32 && text.find_first_not_of("0123456789abcdef") == std::string::npos ? text : std::string();
 }
 
+/// Takes what the module tells of a file.
+struct Told
+{
+    static constexpr unsigned long kRoom = 1024;
+
+    std::array<wchar_t, kRoom> name{};
+    std::array<wchar_t, kRoom> second{};
+    unsigned long size = 0;
+
+    RemoteFile Of(const std::wstring& key) const
+    {
+        std::wstring stated = RepairedName(name.data());
+        // A header that closes the quotation gives its mark along with the name.
+        if (!stated.empty() && stated.back() == L'"')
+            stated.pop_back();
+        return {SafeName(stated, key), size, AsDigest(ToUtf8(second.data())), Printable(ToUtf8(stated))};
+    }
+};
+
 } // namespace
 
 RemoteFile AskAbout(const netdisk::CNetDisk& disk, const std::wstring& key, const std::string& what)
 {
-    std::array<wchar_t, 1024> name{};
-    std::array<wchar_t, 1024> second{};
-    unsigned long size = 0;
-    Check(disk.LargeFileGetInfo(key.c_str(), name.data(), static_cast<unsigned long>(name.size()), size, second.data()),
+    Told told;
+    Check(disk.LargeFileGetInfo(key.c_str(), told.name.data(), Told::kRoom, told.size, told.second.data()), what);
+    return told.Of(key);
+}
+
+RemoteFile AskAbout(Storage& storage, const std::wstring& uid, const std::wstring& key, const std::string& what)
+{
+    Told told;
+    // The module tells an expired session by the same result as every other refusal.
+    Check(storage.Run(
+              [&](const CFileStorage& depot) {
+                  return depot.LargeFileGetInfo(uid.c_str(), key.c_str(), told.name.data(), Told::kRoom, told.size,
+                                                told.second.data(), nullptr);
+              },
+              Result::RangeAnswerInvalid),
           what);
-    return {SafeName(RepairedName(name.data()), key), size, AsDigest(ToUtf8(second.data()))};
+    return told.Of(key);
 }
 
 RemoteFile SharedFile(const FileEntry& entry)
 {
-    return {SafeName(Wide(entry.name), Wide(entry.key)), entry.size, AsDigest(entry.md5)};
+    return {SafeName(Wide(entry.name), Wide(entry.key)), entry.size, AsDigest(entry.md5), Printable(entry.name)};
 }
 
 bool IsSameFile(const RemoteFile& remote, std::uint64_t size, const std::string& md5, const std::string& what)

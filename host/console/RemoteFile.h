@@ -1,6 +1,7 @@
 #pragma once
 
 #include "Listings.h"
+#include "StorageSession.h"
 
 #include <quorvex/NetDisk.h>
 
@@ -15,12 +16,19 @@ struct RemoteFile
 {
     std::wstring name; ///< fit to be a local file name
     std::uint64_t size = 0;
-    std::string md5; ///< empty when the server tells none
+    std::string md5;    ///< empty when the server tells none
+    std::string stated; ///< the name as the server tells it, fit for a terminal
 };
 
+/// @name Questions about a stored file
 /// @param what what cannot be done without the answer, for the message
 /// @throws Failure
+/// @{
 RemoteFile AskAbout(const netdisk::CNetDisk& disk, const std::wstring& key, const std::string& what);
+
+/// @param uid the owner's; empty for the account's own
+RemoteFile AskAbout(Storage& storage, const std::wstring& uid, const std::wstring& key, const std::string& what);
+/// @}
 
 /// What a share code's listing tells about one of its files.
 RemoteFile SharedFile(const FileEntry& entry);

@@ -54,6 +54,28 @@ std::wstring JsonEscaped(std::string_view text)
     return escaped;
 }
 
+std::wstring QueryEscaped(std::string_view text)
+{
+    constexpr std::wstring_view plain = L"-._~";
+    std::wstring escaped;
+    for (const wchar_t character : Wide(text))
+    {
+        const bool isPlain = character >= 0x80 || (character >= L'0' && character <= L'9') ||
+                             (character >= L'A' && character <= L'Z') || (character >= L'a' && character <= L'z') ||
+                             plain.find(character) != std::wstring_view::npos;
+        if (isPlain)
+        {
+            escaped += character;
+            continue;
+        }
+        const wchar_t digits[] = L"0123456789ABCDEF";
+        escaped += L'%';
+        escaped += digits[character >> 4];
+        escaped += digits[character & 15];
+    }
+    return escaped;
+}
+
 std::string Printable(std::string_view text)
 {
     std::wstring wide = Wide(text);

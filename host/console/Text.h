@@ -20,6 +20,10 @@ std::wstring Wide(std::string_view text);
 /// The module puts texts into JSON bodies as they are, so whatever JSON keeps for itself is escaped here.
 std::wstring JsonEscaped(std::string_view text);
 
+/// The same for addresses, where the module puts the values of a query as they are. The system's HTTP library escapes
+/// what is not ASCII, so that an address stays within the module's limit.
+std::wstring QueryEscaped(std::string_view text);
+
 /// A text for a terminal, which a server's text shall not steer: control characters become U+FFFD.
 std::string Printable(std::string_view text);
 

@@ -46,6 +46,17 @@ std::string SpanText(std::uint32_t seconds)
     return std::to_string(count) + ' ' + unit->name + (count == 1 ? "" : "s");
 }
 
+std::string RoughSpanText(std::int64_t minutes)
+{
+    for (const Unit& unit : kUnits)
+    {
+        const std::int64_t count = minutes * 60 / unit.seconds;
+        if (count >= 2 || unit.letter == 'm')
+            return std::to_string(count) + ' ' + unit.name + (count == 1 ? "" : "s");
+    }
+    return {};
+}
+
 std::string LocalTimeText(std::int64_t seconds)
 {
     const __time64_t time = seconds;

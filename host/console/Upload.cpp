@@ -7,24 +7,11 @@
 #include "Paths.h"
 #include "RemoteFile.h"
 #include "Text.h"
-#include "UploadKey.h"
 
 namespace quorvex::console
 {
-namespace
-{
 
-std::string UploadWhole(const netdisk::CNetDisk& disk, const LocalPath& local)
-{
-    UploadKey key;
-    Check(disk.FileUpload(local.folder.c_str(), local.name.c_str(), key.Room(), UploadKey::kStatedSize),
-          "cannot upload " + ToUtf8(local.name));
-    return key.Text();
-}
-
-} // namespace
-
-UploadResult Upload(const netdisk::CNetDisk& disk, const Options& options)
+UploadResult Upload(const UploadTarget& target, const Options& options)
 {
     const LocalPath local = SplitPath(Wide(options.file));
     UploadResult result;
@@ -32,13 +19,13 @@ UploadResult Upload(const netdisk::CNetDisk& disk, const Options& options)
     result.size = TransferableSize(local.Whole());
     result.md5 = DigestOf(local.Whole());
 
-    if (result.size <= options.largeFrom || result.size == 0)
+    if (target.sendWhole && (result.size <= options.largeFrom || result.size == 0))
     {
-        result.key = UploadWhole(disk, local);
+        Check(target.sendWhole(local, result.key), "cannot upload " + result.name);
     }
     else
     {
-        LargeUpload upload(disk, options, local, result.size, result.md5);
+        LargeUpload upload(target, options, local, result.size, result.md5);
         upload.Run();
         result.key = upload.Key();
         result.resumedFrom = upload.ResumedFrom();
@@ -46,11 +33,11 @@ UploadResult Upload(const netdisk::CNetDisk& disk, const Options& options)
     }
 
     const std::string what = "cannot verify the upload of " + result.name + ", which has got the key " + result.key;
-    const RemoteFile remote = AskAbout(disk, Wide(result.key), what);
+    const RemoteFile remote = target.askAbout(Wide(result.key), what);
     result.verified = IsSameFile(remote, result.size, result.md5, what);
-    if (remote.name != local.name)
-        WriteError("note: on the server the file is named " + ToUtf8(remote.name) + '\n');
-    result.name = ToUtf8(remote.name);
+    if (remote.stated != result.name)
+        WriteError("note: on the server the file is named " + remote.stated + '\n');
+    result.name = remote.stated;
     return result;
 }
 

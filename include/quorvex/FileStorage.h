@@ -161,8 +161,8 @@ public:
     /// LargeFileCreate logs in again after a 403; the other operations return it.
     /// @{
 
-    /// Announces a local file to the server, with its MD5 and the low 32 bits of its size. A file that cannot be read
-    /// is announced without them; the server decides.
+    /// Announces a local file to the server, with its MD5 and the low 32 bits of its size. A file that cannot be opened
+    /// is announced without its MD5, one of which nothing is known with the size 0; the server decides.
     /// @param folder    folder of the file, without a trailing backslash
     /// @param fileName  the file's name there, which is also its name in the depot (at most 127 bytes in the OEM code
     ///                  page)

@@ -1,4 +1,5 @@
 #include "CommandLine.h"
+#include "NetDiskCommands.h"
 
 #include <gtest/gtest.h>
 

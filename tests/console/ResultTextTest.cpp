@@ -41,7 +41,7 @@ TEST(ResultText, HttpStatusesHaveAMeaning)
 {
     EXPECT_EQ(MeaningOf(404),
               "the server does not know it: no such file, folder, share code or item, or a wrong address");
-    EXPECT_EQ(MeaningOf(507), "the disk's quota is used up");
+    EXPECT_EQ(MeaningOf(507), "the account's space is used up");
     for (const int status : {100, 302, 418, 599})
         EXPECT_EQ(MeaningOf(status), "the server answered with HTTP status " + std::to_string(status));
 }

@@ -32,6 +32,14 @@ TEST(Text, EscapesWhatJsonKeepsForItself)
     EXPECT_EQ(JsonEscaped("\n\x1F\x7F"), L"\\u000a\\u001f\x7F");
 }
 
+TEST(Text, EscapesWhatAQueryKeepsForItself)
+{
+    EXPECT_EQ(QueryEscaped(""), L"");
+    EXPECT_EQ(QueryEscaped("aZ09-._~"), L"aZ09-._~");
+    EXPECT_EQ(QueryEscaped("a b%41&c=d+e#f/g\\h\"\x7F\n"), L"a%20b%2541%26c%3Dd%2Be%23f%2Fg%5Ch%22%7F%0A");
+    EXPECT_EQ(QueryEscaped("\xC3\xA9\xE6\x97\xA5"), L"\xE9\x65E5");
+}
+
 TEST(Text, ForATerminalHasNoControlCharacters)
 {
     EXPECT_EQ(Printable("a \xE6\x97\xA5\xF0\x9F\x98\x80~"), "a \xE6\x97\xA5\xF0\x9F\x98\x80~");

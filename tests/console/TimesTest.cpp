@@ -69,6 +69,21 @@ TEST(LocalTimeText, IsTheServersTimeHere)
     }
 }
 
+TEST(RoughSpanText, TakesTheLargestUnitOfWhichThereAreTwo)
+{
+    for (const auto& [minutes, text] : {std::pair{-5, "-5 minutes"},
+                                        {0, "0 minutes"},
+                                        {1, "1 minute"},
+                                        {119, "119 minutes"},
+                                        {120, "2 hours"},
+                                        {2879, "47 hours"},
+                                        {2880, "2 days"},
+                                        {10079, "6 days"},
+                                        {10080, "7 days"}})
+        EXPECT_EQ(RoughSpanText(minutes), text) << minutes;
+    EXPECT_EQ(RoughSpanText(INT32_MAX), "1491308 days");
+}
+
 TEST(LocalTimeText, IsEmptyForWhatIsNoTime)
 {
     for (const std::int64_t seconds : {std::int64_t{0}, std::int64_t{-1}, INT64_MIN, INT64_MAX})

@@ -7,15 +7,9 @@
 ///
 /// Every function may be called from any thread, throws nothing and leaves the thread's last-error code as it was.
 
-#include <stddef.h>
+#include "export.h"
 
-#if !defined(_WIN32)
-#define FERROLINK_API
-#elif defined(FERROLINK_BUILDING)
-#define FERROLINK_API __declspec(dllexport)
-#else
-#define FERROLINK_API __declspec(dllimport)
-#endif
+#include <stddef.h>
 
 #ifdef __cplusplus
 extern "C"

@@ -1,0 +1,15 @@
+#pragma once
+
+#include "Command.h"
+
+namespace quorvex::console
+{
+
+Report PutInDepotCommand(const Options& options);
+Report GetFromDepotCommand(const Options& options);
+Report ListDepotCommand(const Options& options);
+Report RemoveFromDepotCommand(const Options& options);
+Report RenewInDepotCommand(const Options& options);
+Report DepotInfoCommand(const Options& options);
+
+} // namespace quorvex::console

@@ -1,0 +1,280 @@
+#include "Download.h"
+#include "Failure.h"
+#include "LargeUpload.h"
+#include "LocalFile.h"
+#include "Text.h"
+#include "Upload.h"
+
+#include <gtest/gtest.h>
+
+#include <algorithm>
+#include <fstream>
+#include <iterator>
+
+#include <windows.h>
+
+namespace quorvex::console
+{
+namespace
+{
+
+std::string ContentOf(const std::filesystem::path& path)
+{
+    std::ifstream file(path, std::ios::binary);
+    return {std::istreambuf_iterator<char>(file), {}};
+}
+
+/// A server that takes files in blocks only, and can be told to refuse.
+class BlockServer
+{
+public:
+    UploadTarget Target()
+    {
+        UploadTarget target;
+        target.create = [this](const LocalPath&, std::string& key, bool& isComplete) {
+            key = "key" + std::to_string(++creations);
+            isComplete = hasContent;
+            content.clear();
+            return 0;
+        };
+        target.sendBlock = [this](const std::wstring&, void* data, unsigned long size, unsigned long position) {
+            if (blocksUntilRefusal-- == 0)
+                return refusal;
+            content.resize(std::max<std::size_t>(content.size(), position + size));
+            std::copy_n(static_cast<const char*>(data), size, content.begin() + static_cast<std::ptrdiff_t>(position));
+            ++blocks;
+            return 0;
+        };
+        target.finish = [this](const std::wstring&) {
+            const int result = finishResult;
+            finishResult = 0;
+            return result;
+        };
+        target.askAbout = [this](const std::wstring&, const std::string&) {
+            return RemoteFile{L"stored.bin", content.size(), md5, "stored.bin"};
+        };
+        return target;
+    }
+
+    std::string content;
+    std::string md5;
+    bool hasContent = false;
+    int creations = 0;
+    int blocks = 0;
+    int blocksUntilRefusal = -1;
+    int refusal = 500;
+    int finishResult = 0;
+};
+
+class Transfer : public testing::Test
+{
+protected:
+    void SetUp() override
+    {
+        const auto* test = testing::UnitTest::GetInstance()->current_test_info();
+        m_folder = std::filesystem::temp_directory_path() /
+                   (std::string("transfer-") + test->name() + '-' + std::to_string(GetCurrentProcessId()));
+        std::filesystem::create_directories(m_folder);
+        m_file = m_folder / "file.bin";
+        std::ofstream(m_file, std::ios::binary) << m_content;
+        m_options.server = "http://server";
+        m_options.file = ToUtf8(m_file.wstring());
+        m_options.blockSize = 3;
+        m_options.largeFrom = 100;
+        m_options.quiet = true;
+        m_server.md5 = DigestOf(m_file);
+    }
+
+    void TearDown() override { std::filesystem::remove_all(m_folder); }
+
+    UploadResult Put() { return Upload(m_server.Target(), m_options); }
+
+    std::filesystem::path Record() const { return m_folder / "file.bin.quorvex-resume"; }
+
+    DownloadSource Ranges()
+    {
+        return {{L"file.bin", m_content.size(), m_server.md5, "file.bin"},
+                {},
+                [this](unsigned long position, void* buffer, unsigned long& size) {
+                    if (m_rangesUntilFailure-- == 0)
+                        return 500;
+                    size = static_cast<unsigned long>(m_content.copy(static_cast<char*>(buffer), size, position));
+                    ++m_ranges;
+                    return 0;
+                }};
+    }
+
+    const std::string m_content = "0123456789";
+    Options m_options;
+    BlockServer m_server;
+    int m_ranges = 0;
+    int m_rangesUntilFailure = -1;
+    std::filesystem::path m_folder;
+    std::filesystem::path m_file;
+};
+
+TEST_F(Transfer, SendsAnyFileInBlocksWhereNothingElseIsTaken)
+{
+    const UploadResult upload = Put();
+    EXPECT_EQ(m_server.content, m_content);
+    EXPECT_EQ(m_server.blocks, 4);
+    EXPECT_EQ(upload.key, "key1");
+    EXPECT_EQ(upload.name, "stored.bin");
+    EXPECT_EQ(upload.resumedFrom, 0u);
+    EXPECT_TRUE(upload.verified);
+    EXPECT_FALSE(upload.instant);
+    EXPECT_FALSE(std::filesystem::exists(Record()));
+}
+
+TEST_F(Transfer, SendsSmallFilesWholeWhereThatCanBe)
+{
+    UploadTarget target = m_server.Target();
+    target.sendWhole = [this](const LocalPath& local, std::string& key) {
+        m_server.content = ContentOf(local.Whole());
+        key = "whole";
+        return 0;
+    };
+    EXPECT_EQ(Upload(target, m_options).key, "whole");
+    m_options.largeFrom = m_content.size() - 1;
+    EXPECT_EQ(Upload(target, m_options).key, "key1");
+    EXPECT_EQ(m_server.blocks, 4);
+}
+
+TEST_F(Transfer, SendsNothingThatTheServerHas)
+{
+    m_server.hasContent = true;
+    UploadTarget target = m_server.Target();
+    target.askAbout = [this](const std::wstring&, const std::string&) {
+        return RemoteFile{L"stored.bin", m_content.size(), m_server.md5, "stored.bin"};
+    };
+    EXPECT_TRUE(Upload(target, m_options).instant);
+    EXPECT_EQ(m_server.blocks, 0);
+}
+
+TEST_F(Transfer, GoesOnBehindTheLastConfirmedBlock)
+{
+    m_server.blocksUntilRefusal = 2;
+    try
+    {
+        Put();
+        ADD_FAILURE();
+    }
+    catch (const Failure& failure)
+    {
+        EXPECT_EQ(failure.Code(), 500);
+        EXPECT_NE(std::string(failure.what()).find("has confirmed 6 bytes of 10 bytes"), std::string::npos)
+            << failure.what();
+    }
+    EXPECT_TRUE(std::filesystem::exists(Record()));
+    const UploadResult rest = Put();
+    EXPECT_EQ(rest.resumedFrom, 6u);
+    EXPECT_EQ(rest.key, "key1");
+    EXPECT_EQ(m_server.blocks, 4);
+    EXPECT_EQ(m_server.content, m_content);
+}
+
+TEST_F(Transfer, BeginsAnewWhenTheServerHasGivenTheUploadUp)
+{
+    for (const int refusal : {404, 409})
+    {
+        m_server.blocksUntilRefusal = 2;
+        m_server.refusal = 500;
+        EXPECT_THROW(Put(), Failure);
+        const int creations = m_server.creations;
+        m_server.blocksUntilRefusal = 0;
+        m_server.refusal = refusal;
+        const UploadResult upload = Put();
+        EXPECT_EQ(upload.resumedFrom, 0u);
+        EXPECT_EQ(m_server.creations, creations + 1);
+        EXPECT_EQ(m_server.content, m_content);
+    }
+}
+
+TEST_F(Transfer, BeginsAnewWhenTheServerMissesBlocksAtTheEnd)
+{
+    m_server.blocksUntilRefusal = 2;
+    EXPECT_THROW(Put(), Failure);
+    m_server.finishResult = 409;
+    EXPECT_EQ(Put().resumedFrom, 0u);
+    EXPECT_EQ(m_server.creations, 2);
+    EXPECT_EQ(m_server.content, m_content);
+}
+
+TEST_F(Transfer, KeepsNoRecordOfAWholeThatIsRefused)
+{
+    m_server.finishResult = 409;
+    EXPECT_THROW(Put(), Failure);
+    EXPECT_FALSE(std::filesystem::exists(Record()));
+}
+
+TEST_F(Transfer, DoesNotGoOnWithAnotherContent)
+{
+    m_server.blocksUntilRefusal = 2;
+    EXPECT_THROW(Put(), Failure);
+    std::ofstream(m_file, std::ios::binary) << "9876543210";
+    m_server.md5 = DigestOf(m_file);
+    EXPECT_EQ(Put().resumedFrom, 0u);
+    EXPECT_EQ(m_server.content, "9876543210");
+}
+
+TEST_F(Transfer, ComplainsWhenTheServerStatesAnotherDigest)
+{
+    m_server.md5 = std::string(32, '0');
+    EXPECT_THROW(Put(), Failure);
+    m_server.md5.clear();
+    EXPECT_FALSE(Put().verified);
+}
+
+TEST_F(Transfer, FetchesAnyFileInRangesWhereNothingElseIsGiven)
+{
+    const std::filesystem::path place = m_folder / "fetched";
+    const DownloadResult download = Download(Ranges(), place, m_options);
+    EXPECT_EQ(ContentOf(place), m_content);
+    EXPECT_EQ(m_ranges, 4);
+    EXPECT_TRUE(download.verified);
+    EXPECT_FALSE(std::filesystem::exists(m_folder / "fetched.quorvex-part"));
+}
+
+TEST_F(Transfer, FetchesTheRestOfAnInterruptedDownload)
+{
+    const std::filesystem::path place = m_folder / "fetched";
+    std::ofstream(place) << "what was there";
+    m_rangesUntilFailure = 2;
+    EXPECT_THROW(Download(Ranges(), place, m_options), Failure);
+    EXPECT_EQ(ContentOf(place), "what was there");
+    EXPECT_EQ(Download(Ranges(), place, m_options).resumedFrom, 6u);
+    EXPECT_EQ(m_ranges, 4);
+    EXPECT_EQ(ContentOf(place), m_content);
+}
+
+TEST_F(Transfer, FetchesAFileAnewWhoseDigestIsWrong)
+{
+    const std::filesystem::path place = m_folder / "fetched";
+    std::ofstream(m_folder / "fetched.quorvex-part") << "abc";
+    EXPECT_EQ(Download(Ranges(), place, m_options).resumedFrom, 0u);
+    EXPECT_EQ(ContentOf(place), m_content);
+    m_server.md5 = std::string(32, '0');
+    EXPECT_THROW(Download(Ranges(), place, m_options), Failure);
+    EXPECT_FALSE(std::filesystem::exists(m_folder / "fetched.quorvex-part"));
+}
+
+TEST_F(Transfer, PutsAWholeFileInPlaceWhenItHasCome)
+{
+    const std::filesystem::path place = m_folder / "photo.png";
+    std::ofstream(place) << "what was there";
+    const auto write = [](int result) {
+        return [result](const LocalPath& local) {
+            EXPECT_EQ(local.name, L"photo.png");
+            std::ofstream(local.Whole()) << "new";
+            return result;
+        };
+    };
+    EXPECT_THROW(FetchInto(place, write(-107), "cannot"), Failure);
+    EXPECT_EQ(ContentOf(place), "what was there");
+    FetchInto(place, write(0), "cannot");
+    EXPECT_EQ(ContentOf(place), "new");
+    EXPECT_FALSE(std::filesystem::exists(m_folder / "photo.png.quorvex-part"));
+}
+
+} // namespace
+} // namespace quorvex::console
