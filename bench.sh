@@ -8,7 +8,7 @@ usage() {
     cat <<'TEXT'
 ./bench.sh   Installs what is missing, builds, measures the module against a bare loop over the same
              system calls, its digests against OpenSSL, its reading of listings against the JSON
-             library alone, and
+             library alone and its blocking requests against the host's session service alone, and
              writes docs/benchmarks.md. Takes some minutes; nothing else should keep the machine busy
              meanwhile.
 TEXT
@@ -61,6 +61,9 @@ searches() {
     "$root/scripts/wine.sh" "$build/windows-x64/bin/quorvex-search-bench.exe" | tr -d '\r'
 }
 
+blocking() {
+    "$root/scripts/wine.sh" "$build/windows-x64/bin/quorvex-sync-bench.exe" | tr -d '\r'
+}
 
 # What was written by hand about the figures outlives a new measurement.
 notes() {
@@ -87,6 +90,7 @@ folder=$(mktemp -d "$build/bench.XXXXXX")
     section "The module against a bare loop over the same system calls, under Wine" transfers
     section "A folder listing read into records against the JSON library's parse, under Wine" listings
     section "The online search: user ids against the JSON library's parse, status reports against a bare loop, under Wine" searches
+    section "Blocking requests against the same requests straight through the session service, under Wine" blocking
     notes
 } | tee "$folder/report"
 mv "$folder/report" "$report"

@@ -27,13 +27,16 @@ generate() {
     head -c "$(($1 << 20))" /dev/zero | openssl enc -aes-128-ctr -nosalt -K 00 -iv 00 2>/dev/null >"$2"
 }
 
-# compare ORIGINAL COPY
+# compare ORIGINAL COPY...
 compare() {
-    local original copy
+    local original copy each
     original=$(sha256sum <"$1")
-    copy=$(sha256sum <"$2")
-    printf '\nSHA-256 of %s\n  sent     %s\n  fetched  %s\n' "$(basename "$1")" "${original%% *}" "${copy%% *}"
-    [[ $original == "$copy" ]] || fail "$(basename "$1") came back changed."
+    printf '\nSHA-256 of %s\n  sent     %s\n' "$(basename "$1")" "${original%% *}"
+    for each in "${@:2}"; do
+        copy=$(sha256sum <"$each")
+        printf '  fetched  %s\n' "${copy%% *}"
+        [[ $original == "$copy" ]] || fail "$(basename "$1") came back changed."
+    done
 }
 
 leave_tour() {
@@ -157,6 +160,36 @@ tour_depot() {
     [[ $(told used) == "$used" ]] || fail "The depot has not given the space back."
 }
 
+# fetch_in_all FILE COMMAND...: in each generation, to be compared with the file that was sent.
+fetch_in_all() {
+    local generation copies=()
+    for generation in 1 2 3; do
+        copies+=("generations/$generation")
+        step "${@:2}" --generation "$generation" --out "generations/$generation"
+    done
+    compare "$1" "${copies[@]}"
+}
+
+tour_generations() {
+    local generation key name url=${url%/object}/storage
+    chapter "the three generations of the storage's protocol, each of which fetches what each has sent"
+    for generation in 1 2 3; do
+        name=beach-$generation.png
+        tail -c "$((generation * 100000))" large.bin >"$name"
+        step storage put-picture "$name" --generation "$generation"
+        fetch_in_all "$name" storage get-picture "$name"
+    done
+    for generation in 1 2 3; do
+        name=film-$generation.mkv
+        tail -c "$((generation * 3000000))" large.bin >"$name"
+        step depot put "$name" --generation "$generation"
+        key=$(told key)
+        fetch_in_all "$name" depot get "$key"
+        # The third generation cannot remove what it has sent.
+        step depot rm "$key" --generation "$((generation < 2 ? 1 : 2))"
+    done
+}
+
 # Whether the last step listed exactly these users: found ID...
 found() {
     [[ $(tr -d '\r' <"$folder/output") == "$(printf '%s\n' "$@")" ]] || fail "The search found others."
@@ -190,7 +223,7 @@ tour() {
     local url readme large documents
     folder=$(mktemp -d "$build/tour.XXXXXX")
     trap leave_tour EXIT
-    mkdir "$folder/fetched" "$folder/guest" "$folder/depot"
+    mkdir "$folder/fetched" "$folder/guest" "$folder/depot" "$folder/generations"
 
     say "starting the services with an empty network disk"
     start_services "$folder/services" "$folder/data" --user guest:guest --user visitor:visitor
@@ -208,6 +241,7 @@ tour() {
     tour_recycle_bin
     tour_storage
     tour_depot
+    tour_generations
     tour_search
     printf '\neverything came back unchanged\n'
 }

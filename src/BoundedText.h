@@ -32,16 +32,12 @@ public:
     {
         const std::size_t count = WholeUtf8(piece, std::min(piece.size(), Room()));
         piece.copy(m_text.data() + m_length, count);
-        m_length += count;
-        return *this;
+        return GrowBy(count);
     }
 
     NarrowText& operator<<(std::wstring_view piece)
     {
-        m_length += Platform::ToNarrow(piece, WidePieces, std::span(m_text).subspan(m_length, Room()));
-        // A conversion that found too little room may have left something behind the text.
-        m_text[m_length] = '\0';
-        return *this;
+        return GrowBy(Platform::ToNarrow(piece, WidePieces, std::span(m_text).subspan(m_length, Room())));
     }
 
     /// A null piece is empty.
@@ -67,6 +63,14 @@ public:
 
 private:
     std::size_t Room() const { return Size - 1 - m_length; }
+
+    NarrowText& GrowBy(std::size_t count)
+    {
+        m_length += count;
+        // A conversion that found too little room may have left something behind the text.
+        m_text[m_length] = '\0';
+        return *this;
+    }
 
     std::array<char, Size> m_text = {};
     std::size_t m_length = 0;

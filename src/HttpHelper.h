@@ -11,6 +11,8 @@
 namespace quorvex
 {
 
+struct ResponseAttributes;
+
 /// The connection of one service client to its server, and the two plain requests over it. It serves one thread at
 /// a time.
 class CHttpHelper
@@ -105,6 +107,21 @@ protected:
     int PostForm(const wchar_t* objectPath, const std::string& boundary, std::initializer_list<std::string_view> pieces,
                  const FormMessages& messages, std::string& response);
 
+    /// What the log says of a download.
+    struct DownloadMessages
+    {
+        const wchar_t* openFailed;
+        const wchar_t* sent;
+        const wchar_t* sendFailed;
+        const wchar_t* receiveFailed;
+    };
+
+    /// Sends a GET for a whole file, and reads the answer's head.
+    /// @param objectPath path below the base URL
+    /// @return 0, -108, -111, -115 to -119, -130 or -132
+    int GetDownload(Platform::Request& request, const wchar_t* objectPath, const DownloadMessages& messages,
+                    ResponseAttributes& attributes);
+
     /// What the log says of a ranged request.
     struct RangeMessages
     {
@@ -115,10 +132,10 @@ protected:
         const wchar_t* receiveFailed;
     };
 
-    /// What ends a ranged request with which code; 0 goes on to the next step all the same.
+    /// What ends a ranged request with which code.
     struct RangeFailures
     {
-        int send;
+        int send; ///< 0 goes on to receiving all the same
         int receive;
     };
 

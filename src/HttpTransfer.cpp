@@ -5,6 +5,7 @@
 #include "LocalFile.h"
 #include "Multipart.h"
 #include "RequestBody.h"
+#include "ResponseBody.h"
 
 #include <quorvex/Results.h>
 
@@ -108,6 +109,30 @@ int CHttpHelper::PostForm(const wchar_t* objectPath, const std::string& boundary
         return Result::ReceiveFailed;
     }
     return ReadAnswer(request, messages, response);
+}
+
+int CHttpHelper::GetDownload(Platform::Request& request, const wchar_t* objectPath, const DownloadMessages& messages,
+                             ResponseAttributes& attributes)
+{
+    if (const int result = OpenRequest(request, L"GET", objectPath, messages.openFailed); result != Result::Ok)
+    {
+        return result;
+    }
+    if (request.Send())
+    {
+        LOG_DEBUG(messages.sent);
+    }
+    else
+    {
+        // Receiving fails next and ends the request.
+        LOG_FAILED_CALL(messages.sendFailed);
+    }
+    if (!request.Receive())
+    {
+        LOG_FAILED_CALL(messages.receiveFailed);
+        return Result::ReceiveFailed;
+    }
+    return GetResponseAttribute(request, attributes);
 }
 
 int CHttpHelper::GetRange(Platform::Request& request, const wchar_t* objectPath, std::wstring_view rangeHeader,

@@ -62,23 +62,35 @@ int QueryStatusCode(const Request& request, std::uint32_t& statusCode, const wch
 
 int QueryContentEncoding(const Request& request, std::uint32_t& encoding, const wchar_t* failure)
 {
-    std::array<wchar_t, 32> value = {};
-    if (request.QueryText(Header::ContentEncoding, value))
-    {
-        const std::wstring_view name = value.data();
-        encoding = name == L"gzip" ? kEncodingGzip : name == L"deflate" ? kEncodingDeflate : 0;
-        if (encoding != 0)
-        {
-            return Result::Ok;
-        }
-    }
-    else if (Platform::LastError() != Platform::kInsufficientBuffer)
+    if (FindContentEncoding(request, encoding))
     {
         return Result::Ok;
     }
-    // Too long a value is there all the same, and it is none of the two.
     LOG_ERROR(failure);
     return Result::ContentEncodingInvalid;
+}
+
+bool FindContentEncoding(const Request& request, std::uint32_t& encoding)
+{
+    std::array<wchar_t, 32> value = {};
+    if (!request.QueryText(Header::ContentEncoding, value))
+    {
+        // Too long a value is there all the same, and it is none of the two.
+        return Platform::LastError() != Platform::kInsufficientBuffer;
+    }
+    const std::wstring_view name = value.data();
+    encoding = name == L"gzip" ? kEncodingGzip : name == L"deflate" ? kEncodingDeflate : 0;
+    return encoding != 0;
+}
+
+bool IsGoodStatus(std::uint32_t statusCode)
+{
+    return statusCode == 200 || statusCode == 206;
+}
+
+int RefusedStatus(std::uint32_t statusCode)
+{
+    return statusCode != 0 ? static_cast<int>(statusCode) : Result::BadAnswer;
 }
 
 int ReadResponseBody(Request& request, const ResponseAttributes& attributes, std::string& response,
@@ -98,10 +110,10 @@ int ReadResponseBody(Request& request, const ResponseAttributes& attributes, std
 
 int ReadGoodResponse(Request& request, const ResponseAttributes& attributes, std::string& response)
 {
-    if (attributes.statusCode != 200 && attributes.statusCode != 206)
+    if (!IsGoodStatus(attributes.statusCode))
     {
         LOG_ERROR(L"GetResponse() HTTP response fail:dwStatusCode=" << attributes.statusCode);
-        return static_cast<int>(attributes.statusCode);
+        return RefusedStatus(attributes.statusCode);
     }
     std::size_t receivedSize = 0;
     if (const int result = ReadResponseBody(request, attributes, response, receivedSize); result != Result::Ok)

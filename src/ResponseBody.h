@@ -43,6 +43,15 @@ int QueryContentEncoding(const Platform::Request& request, std::uint32_t& encodi
 int ReadResponseBody(Platform::Request& request, const ResponseAttributes& attributes, std::string& response,
                      std::size_t& receivedSize);
 
+/// The services other than the network disk know two good statuses.
+bool IsGoodStatus(std::uint32_t statusCode);
+
+/// @return the status of a refused request as its result; a status of 0 must not pass for success and becomes 1
+int RefusedStatus(std::uint32_t statusCode);
+
+/// @return whether the body's encoding is none, or one that can be undone
+bool FindContentEncoding(const Platform::Request& request, std::uint32_t& encoding);
+
 /// Reads the response of a service for which only 200 and 206 are good; of any other nothing but the status is read.
 /// @param response the body is appended to it
 /// @return 0, -107, a zlib code, the status of a refused request, or 1 for a body of another length than announced

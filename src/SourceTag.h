@@ -25,13 +25,39 @@ struct SourceTag
         }
         text[0] = '.';
         text[1] = '\\';
+        std::size_t length = 2;
         for (std::size_t i = start; i < Size; ++i)
         {
-            text[2 + i - start] = IsSeparator(path[i]) ? '\\' : path[i];
+            text[length] = IsSeparator(path[i]) ? '\\' : path[i];
+            ++length;
+            if (IsSeparator(path[i]) && EndsWithStepUp(length))
+            {
+                length = WithoutStepUp(length);
+            }
+        }
+        for (std::size_t i = length; i < sizeof(text); ++i)
+        {
+            text[i] = '\0';
         }
     }
 
 private:
+    // "A\..\", as a header's path reads that was included from a folder beside it.
+    consteval bool EndsWithStepUp(std::size_t length) const
+    {
+        return length > 4 && text[length - 2] == '.' && text[length - 3] == '.' && text[length - 4] == '\\';
+    }
+
+    consteval std::size_t WithoutStepUp(std::size_t length) const
+    {
+        std::size_t kept = length - 4;
+        while (text[kept - 1] != '\\')
+        {
+            --kept;
+        }
+        return kept;
+    }
+
     static constexpr bool IsSeparator(char character) { return character == '/' || character == '\\'; }
 };
 

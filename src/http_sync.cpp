@@ -20,7 +20,12 @@ constexpr unsigned long kSpinCount = 4000;
 
 __frl_stru_handle__* CreateSession()
 {
-    return frl_http_session_create();
+    __frl_stru_handle__* const session = frl_http_session_create();
+    if (session == nullptr)
+    {
+        LOG_FAILED_CALL(L"frl_http_session_create error");
+    }
+    return session;
 }
 
 void CloseSession(std::atomic<__frl_stru_handle__*>& session)
@@ -31,11 +36,19 @@ void CloseSession(std::atomic<__frl_stru_handle__*>& session)
     }
 }
 
-RequestDispatcher::RequestDispatcher(SyncTimeouts timeouts)
-    : m_timeouts(timeouts),
-      m_lock(kSpinCount),
-      m_isRegistered(m_requestCame && frl_event_add_win32_event(m_requestCame.Handle(), OnSignalled, this) == 0)
+RequestDispatcher::RequestDispatcher(SyncTimeouts timeouts) : m_timeouts(timeouts), m_lock(kSpinCount)
 {
+    if (!m_requestCame)
+    {
+        LOG_FAILED_CALL(L"CreateEvent error");
+        return;
+    }
+    const int result = frl_event_add_win32_event(m_requestCame.Handle(), OnSignalled, this);
+    m_isRegistered = result == 0;
+    if (!m_isRegistered)
+    {
+        LOG_ERROR(L"frl_event_add_win32_event error, return " << result);
+    }
 }
 
 RequestDispatcher::~RequestDispatcher()
@@ -65,7 +78,7 @@ int RequestDispatcher::Perform(__frl_stru_handle__* session, const SyncRequest& 
     Waiter waiter{{}, answer};
     if (!waiter.done)
     {
-        LOG_LAST_ERROR();
+        LOG_FAILED_CALL(L"CreateEvent error");
         return Result::RequestRefused;
     }
     const int result = Enqueue({session, request, &waiter});

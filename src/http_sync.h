@@ -93,7 +93,7 @@ private:
     std::list<PendingRequest> m_queue; // guarded by m_lock, and so is the flag
     bool m_isStopping = false;
     Platform::Event m_requestCame;
-    bool m_isRegistered;
+    bool m_isRegistered = false;
 };
 
 } // namespace quorvex

@@ -9,12 +9,6 @@ namespace quorvex::console
 namespace
 {
 
-std::string WithoutSlashAtTheEnd(std::string address)
-{
-    address.erase(address.find_last_not_of('/') + 1);
-    return address;
-}
-
 std::string PathFor(const std::string& method)
 {
     return method == "password" ? "/passport/login" : "/passport/loginticket";
@@ -54,6 +48,12 @@ AccountSession OpenAccountSession(const Options& options)
     const std::string address =
         options.accounts.empty() ? AccountsBeside(options.server) : WithoutSlashAtTheEnd(options.accounts);
     return SessionIn(PostLogin(address + PathFor(method), LoginBody(options, method)), address);
+}
+
+std::string WithoutSlashAtTheEnd(std::string address)
+{
+    address.erase(address.find_last_not_of('/') + 1);
+    return address;
 }
 
 std::string AccountsBeside(const std::string& server)

@@ -19,6 +19,8 @@ struct AccountSession
 /// @throws Failure
 AccountSession OpenAccountSession(const Options& options);
 
+std::string WithoutSlashAtTheEnd(std::string address);
+
 /// Where the account system is when nobody says: beside the service, as a network disk's logins.
 std::string AccountsBeside(const std::string& server);
 

@@ -8,7 +8,7 @@
 #include "Progress.h"
 #include "RemoteFile.h"
 #include "ReportValues.h"
-#include "StorageSession.h"
+#include "StorageGenerations.h"
 #include "Table.h"
 #include "Text.h"
 #include "Times.h"
@@ -70,8 +70,7 @@ Report FileReport(Storage& storage, const Options& options)
 
 Report PutInDepotCommand(const Options& options)
 {
-    Storage storage(options);
-    const UploadResult upload = Upload(ToDepot(storage), options);
+    const UploadResult upload = WithStorage(options, [&](auto& storage) { return Upload(ToDepot(storage), options); });
     Report report;
     report.Add("key", upload.key);
     report.Add("name", upload.name);
@@ -84,9 +83,10 @@ Report PutInDepotCommand(const Options& options)
 
 Report GetFromDepotCommand(const Options& options)
 {
-    Storage storage(options);
-    const DownloadSource source = FromDepot(storage, options.uid, options.key);
-    const DownloadResult download = Download(source, TargetOf(options.out, source.remote.name), options);
+    const DownloadResult download = WithStorage(options, [&](auto& storage) {
+        const DownloadSource source = FromDepot(storage, options.uid, options.key);
+        return Download(source, TargetOf(options.out, source.remote.name), options);
+    });
     Report report;
     report.Add("key", options.key);
     AddDownload(report, download);
@@ -109,10 +109,12 @@ Report ListDepotCommand(const Options& options)
 
 Report RemoveFromDepotCommand(const Options& options)
 {
-    Storage storage(options);
     const std::wstring key = Wide(options.key);
-    Check(storage.Run([&](const CFileStorage& depot) { return depot.LargeFileRemove(key.c_str()); }),
-          "cannot remove " + options.key);
+    const auto remove = [&](auto&& storage) {
+        return storage.Run([&](auto& depot) { return depot.LargeFileRemove(key.c_str()); });
+    };
+    Check(options.generation == 2 ? remove(Storage2(options)) : remove(Storage(options)),
+          "cannot remove " + options.key, TransportOf(options));
     Report report;
     report.Add("removed", options.key);
     return report;

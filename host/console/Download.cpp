@@ -2,12 +2,15 @@
 
 #include "Failure.h"
 #include "LocalFile.h"
+#include "Output.h"
 #include "Paths.h"
 #include "Progress.h"
 #include "Text.h"
 
 #include <algorithm>
+#include <cstdint>
 #include <fstream>
+#include <optional>
 #include <system_error>
 #include <vector>
 
@@ -23,7 +26,7 @@ public:
         : m_source(source),
           m_options(options),
           m_remote(source.remote),
-          m_part(SplitPath(WithEnding(target, L".quorvex-part"))),
+          m_part(SplitPath(WithEnding(target, source.partEnding))),
           m_what("cannot download " + ToUtf8(source.remote.name))
     {
     }
@@ -42,14 +45,14 @@ public:
         if (isInRanges)
             FetchRanges(present);
         else
-            Check(m_source.fetchWhole(m_part.folder.c_str(), m_part.name.c_str()), m_what);
+            Check(m_source.fetchWhole(m_part.folder.c_str(), m_part.name.c_str()), m_what, m_source.transport);
         return present;
     }
 
     /// @return whether the server's MD5 confirms the part
     bool IsVerified() const
     {
-        return IsSameFile(m_remote, std::filesystem::file_size(Part()), DigestOf(Part()), m_what);
+        return m_source.isToldOf && IsSameFile(m_remote, std::filesystem::file_size(Part()), DigestOf(Part()), m_what);
     }
 
     void Discard() const
@@ -71,7 +74,8 @@ private:
         std::ofstream file(Part(), std::ios::binary | std::ios::app);
         if (!file)
             throw Failure("cannot create " + NameOf(Part()), Result::LocalFileFailed);
-        Progress progress(ToUtf8(m_remote.name), m_remote.size, position, m_options.quiet);
+        const auto total = m_source.isToldOf ? std::optional(m_remote.size) : std::nullopt;
+        Progress progress(ToUtf8(m_remote.name), total, position, m_options.quiet);
         std::vector<char> block(static_cast<std::size_t>(std::min(m_options.blockSize, m_remote.size)));
         while (position < m_remote.size)
         {
@@ -79,8 +83,11 @@ private:
             const int result = m_source.fetchRange(static_cast<unsigned long>(position), block.data(), length);
             if (result != 0)
                 throw Failure(m_what, result,
-                              SizeText(position) + " of " + SizeText(m_remote.size) +
-                                  " are here, and the same command goes on from there");
+                              SizeText(position) + (total ? " of " + SizeText(*total) : "") +
+                                  " are here, and the same command goes on from there",
+                              m_source.transport);
+            if (length == 0 && !total)
+                return;
             if (length == 0)
                 throw Failure(m_what + ": the server's file has ended early, after " + std::to_string(position) +
                               " bytes");
@@ -115,6 +122,29 @@ bool VerifyOrRepeat(Fetch& fetch, std::uint64_t& resumedFrom)
     return VerifyOrRepeat(fetch, resumedFrom);
 }
 
+/// Pieces of a file of which nothing is told: it is called by its key, as its part is, which an interrupted download
+/// of another file then does not take for its own.
+DownloadSource FileOfWhichNothingIsTold(const std::wstring& key)
+{
+    DownloadSource source;
+    source.remote.name = key;
+    source.remote.size = UINT32_MAX;
+    source.isToldOf = false;
+    source.partEnding = L'.' + key + L".quorvex-part";
+    source.transport = Transport::Host;
+    return source;
+}
+
+/// The end of a file whose size is not told: there the server has no range any more.
+int EndOfFileIsNoFailure(int result, unsigned long& size)
+{
+    constexpr int kRangeNotSatisfiable = 416;
+    if (result != kRangeNotSatisfiable)
+        return result;
+    size = 0;
+    return 0;
+}
+
 } // namespace
 
 DownloadSource FromDisk(const netdisk::CNetDisk& disk, const std::string& key)
@@ -142,6 +172,37 @@ DownloadSource FromDepot(Storage& storage, const std::string& uid, const std::st
             }};
 }
 
+DownloadSource FromDepot(Storage2& storage, const std::string& uid, const std::string& key)
+{
+    DownloadSource source = FileOfWhichNothingIsTold(Wide(key));
+    source.fetchRange = [&storage, uid = Wide(uid), key = Wide(key)](unsigned long position, void* buffer,
+                                                                     unsigned long& size) {
+        const int result = storage.Run([&](const CFileStorage2& depot) {
+            return depot.LargeFileDownload(uid.c_str(), key.c_str(), position, buffer, size);
+        });
+        return EndOfFileIsNoFailure(result, size);
+    };
+    return source;
+}
+
+DownloadSource FromDepot(Storage3& storage, const std::string& uid, const std::string& key)
+{
+    constexpr int kWhole = 200;
+    constexpr int kPart = 206;
+    DownloadSource source = FileOfWhichNothingIsTold(Wide(key));
+    source.fetchRange = [&storage, uid = Wide(uid.empty() ? "0" : uid),
+                         key = Wide(key)](unsigned long position, void* buffer, unsigned long& size) {
+        const int result = storage.Run([&](const CFileStorage3& depot) {
+            return depot.Bufferdownload(uid.c_str(), key.c_str(), position, buffer, size);
+        });
+        // A server that does not know ranges would give the file's start over and over.
+        if (result == kPart || (result == kWhole && position == 0))
+            return 0;
+        return EndOfFileIsNoFailure(result, size);
+    };
+    return source;
+}
+
 DownloadSource FromShare(const netdisk::CNetDisk& disk, const std::string& pcode, const FileEntry& file)
 {
     const std::wstring code = Wide(pcode);
@@ -163,6 +224,12 @@ DownloadResult Download(const DownloadSource& source, const std::filesystem::pat
     result.verified = VerifyOrRepeat(fetch, result.resumedFrom);
 
     PutInPlace(fetch.Part(), result.path);
+    if (!source.isToldOf)
+    {
+        result.remote.size = std::filesystem::file_size(result.path);
+        WriteError(
+            "note: this generation tells neither size nor MD5 of a file, so that what has come is not verified\n");
+    }
     return result;
 }
 

@@ -1,7 +1,9 @@
 #pragma once
 
+#include "HostStorage.h"
 #include "Options.h"
 #include "RemoteFile.h"
+#include "ResultText.h"
 #include "StorageSession.h"
 
 #include <quorvex/NetDisk.h>
@@ -17,21 +19,28 @@ namespace quorvex::console
 /// Where a download's bytes come from.
 struct DownloadSource
 {
-    RemoteFile remote;
+    RemoteFile remote; ///< where nothing is told of the file, its size is the most that one can have
     /// Writes the whole file into a folder, under a name; empty where files come in ranges alone.
     std::function<int(const wchar_t* folder, const wchar_t* name)> fetchWhole;
-    /// Reads one range; "size" is the bytes wanted, then those received.
+    /// Reads one range; "size" is the bytes wanted, then those received: none behind the file's end.
     std::function<int(unsigned long position, void* buffer, unsigned long& size)> fetchRange;
+    bool isToldOf = true;                       ///< whether the server tells the file's name, size and MD5
+    std::wstring partEnding = L".quorvex-part"; ///< of the file that grows
+    Transport transport = Transport::Module;
 };
 
 /// A file of the user's disk.
 /// @throws Failure
 DownloadSource FromDisk(const netdisk::CNetDisk& disk, const std::string& key);
 
-/// A file of the depot.
-/// @param uid the owner's; empty for the account's own
+/// @name A file of the depot
+/// @param uid the owner's; empty for the account's own, and in the third generation for whoever's it is
 /// @throws Failure
+/// @{
 DownloadSource FromDepot(Storage& storage, const std::string& uid, const std::string& key);
+DownloadSource FromDepot(Storage2& storage, const std::string& uid, const std::string& key);
+DownloadSource FromDepot(Storage3& storage, const std::string& uid, const std::string& key);
+/// @}
 
 /// A file of a share code.
 DownloadSource FromShare(const netdisk::CNetDisk& disk, const std::string& pcode, const FileEntry& file);

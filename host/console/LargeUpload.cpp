@@ -38,7 +38,8 @@ void LargeUpload::Run()
 bool LargeUpload::Resume()
 {
     const auto earlier = m_resumeFile.Load(m_record.identity);
-    if (!earlier)
+    // Where an upload is announced, it has no ticket; otherwise its blocks need one.
+    if (!earlier || earlier->ids.ticket.empty() != static_cast<bool>(m_target.create))
         return false;
     m_record = *earlier;
     m_resumedFrom = m_record.confirmed;
@@ -55,8 +56,12 @@ bool LargeUpload::Resume()
 
 bool LargeUpload::Create()
 {
-    Check(m_target.create(m_local, m_record.key, m_wasInstant), "cannot start the upload of " + m_record.identity.name);
+    m_record.ids = {};
     m_record.confirmed = 0;
+    if (!m_target.create)
+        return true;
+    Check(m_target.create(m_local, m_record.ids.key, m_wasInstant),
+          "cannot start the upload of " + m_record.identity.name, m_target.transport);
     if (m_wasInstant)
         m_resumeFile.Remove();
     else
@@ -67,7 +72,7 @@ bool LargeUpload::Create()
 int LargeUpload::SendRest()
 {
     const int result = SendBlocks();
-    return result != 0 ? result : m_target.finish(Wide(m_record.key));
+    return result != 0 || !m_target.finish ? result : m_target.finish(Wide(m_record.ids.key));
 }
 
 int LargeUpload::SendBlocks()
@@ -75,7 +80,8 @@ int LargeUpload::SendBlocks()
     std::ifstream file(m_local.Whole(), std::ios::binary);
     file.seekg(static_cast<std::streamoff>(m_record.confirmed));
     const std::uint64_t size = m_record.identity.size;
-    const std::wstring key = Wide(m_record.key);
+    if (size == 0 && !m_target.finish)
+        return SendBlock(nullptr, 0);
     Progress progress(m_record.identity.name, size, m_record.confirmed, m_options.quiet);
     std::vector<char> block(static_cast<std::size_t>(std::min(m_options.blockSize, size)));
     while (m_record.confirmed < size)
@@ -84,14 +90,23 @@ int LargeUpload::SendBlocks()
             static_cast<unsigned long>(std::min<std::uint64_t>(block.size(), size - m_record.confirmed));
         if (!file.read(block.data(), static_cast<std::streamsize>(length)))
             throw Failure("cannot read " + m_record.identity.name, Result::LocalFileFailed);
-        const int result =
-            m_target.sendBlock(key, block.data(), length, static_cast<unsigned long>(m_record.confirmed));
-        if (result != 0)
+        if (const int result = SendBlock(block.data(), length); result != 0)
             return result;
-        m_record.confirmed += length;
-        Save();
         progress.Show(m_record.confirmed);
     }
+    return 0;
+}
+
+int LargeUpload::SendBlock(void* data, unsigned long size)
+{
+    const std::uint64_t end = m_record.confirmed + size;
+    const int result =
+        m_target.sendBlock(m_local, m_record.ids,
+                           {data, size, static_cast<unsigned long>(m_record.confirmed), end == m_record.identity.size});
+    if (result != 0)
+        return result;
+    m_record.confirmed = end;
+    Save();
     return 0;
 }
 
@@ -117,7 +132,8 @@ void LargeUpload::ThrowUnlessDone(int result)
     const std::string progress =
         "the server has confirmed " + SizeText(record.confirmed) + " of " + SizeText(record.identity.size);
     throw Failure("cannot upload " + record.identity.name, result,
-                  isHopeless || !m_canSave ? "" : progress + ", and the same command goes on from there");
+                  isHopeless || !m_canSave ? "" : progress + ", and the same command goes on from there",
+                  m_target.transport);
 }
 
 } // namespace quorvex::console

@@ -22,7 +22,7 @@ public:
     /// @throws Failure
     void Run();
 
-    const std::string& Key() const { return m_record.key; }
+    const std::string& Key() const { return m_record.ids.key; }
     std::uint64_t ResumedFrom() const { return m_resumedFrom; }
     bool WasInstant() const { return m_wasInstant; }
 
@@ -38,6 +38,7 @@ private:
     /// @return the first result other than 0
     int SendRest();
     int SendBlocks();
+    int SendBlock(void* data, unsigned long size);
 
     void Save();
     void ThrowUnlessDone(int result);

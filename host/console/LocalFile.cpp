@@ -95,11 +95,11 @@ void PutInPlace(const std::filesystem::path& complete, const std::filesystem::pa
 }
 
 void FetchInto(const std::filesystem::path& place, const std::function<int(const LocalPath&)>& fetch,
-               const std::string& what)
+               const std::string& what, Transport transport)
 {
     const FolderForAWhile folder(WithEnding(place, L".quorvex-part"));
     const LocalPath local = SplitPath(folder.Path() / place.filename());
-    Check(fetch(local), what);
+    Check(fetch(local), what, transport);
     PutInPlace(local.Whole(), place);
 }
 

@@ -1,6 +1,7 @@
 #pragma once
 
 #include "Paths.h"
+#include "ResultText.h"
 
 #include <cstdint>
 #include <filesystem>
@@ -27,7 +28,7 @@ void PutInPlace(const std::filesystem::path& complete, const std::filesystem::pa
 /// @param what  what cannot be done when that fails
 /// @throws Failure
 void FetchInto(const std::filesystem::path& place, const std::function<int(const LocalPath&)>& fetch,
-               const std::string& what);
+               const std::string& what, Transport transport = Transport::Module);
 
 /// The name for messages.
 std::string NameOf(const std::filesystem::path& path);

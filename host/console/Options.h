@@ -43,6 +43,7 @@ struct Options
     std::uint64_t blockSize = 4u << 20;
     std::uint64_t largeFrom = 8u << 20;
 
+    int generation = 1;   ///< of the file storage
     std::string accounts; ///< address of the account system
     std::string app;
     int status = 0;

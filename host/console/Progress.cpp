@@ -4,6 +4,7 @@
 #include "Text.h"
 
 #include <array>
+#include <bit>
 #include <cstdio>
 
 namespace quorvex::console
@@ -19,6 +20,11 @@ std::uint64_t PartOf(std::uint64_t parts, std::uint64_t done, std::uint64_t tota
 std::string TwoDigits(std::uint64_t number)
 {
     return {static_cast<char>('0' + number / 10), static_cast<char>('0' + number % 10)};
+}
+
+std::string RateText(double bytesPerSecond)
+{
+    return "  " + SizeText(static_cast<std::uint64_t>(bytesPerSecond)) + "/s";
 }
 
 } // namespace
@@ -61,12 +67,17 @@ std::string ProgressText(std::uint64_t done, std::uint64_t total, double bytesPe
     std::string text = std::to_string(PartOf(100, done, total)) + " %  " + SizeText(done) + " of " + SizeText(total);
     if (bytesPerSecond < 1)
         return text;
-    text += "  " + SizeText(static_cast<std::uint64_t>(bytesPerSecond)) + "/s";
+    text += RateText(bytesPerSecond);
     if (done < total)
         text += "  " +
                 DurationText(static_cast<std::uint64_t>(static_cast<double>(total - done) / bytesPerSecond) + 1) +
                 " left";
     return text;
+}
+
+std::string ProgressText(std::uint64_t done, double bytesPerSecond)
+{
+    return bytesPerSecond < 1 ? SizeText(done) : SizeText(done) + RateText(bytesPerSecond);
 }
 
 std::string BarText(std::uint64_t done, std::uint64_t total)
@@ -87,13 +98,13 @@ std::string BarLine(const std::string& title, const std::string& bar, const std:
     return std::string(columns, ' ');
 }
 
-Progress::Progress(std::string title, std::uint64_t total, std::uint64_t alreadyDone, bool quiet)
+Progress::Progress(std::string title, std::optional<std::uint64_t> total, std::uint64_t alreadyDone, bool quiet)
     : m_title(std::move(title)),
       m_total(total),
       m_alreadyDone(alreadyDone),
       m_quiet(quiet),
       m_columns(ErrorColumns()),
-      m_tenthsShown(PartOf(10, alreadyDone, total))
+      m_stepShown(StepAt(alreadyDone))
 {
 }
 
@@ -121,15 +132,15 @@ void Progress::ShowBar(std::uint64_t done)
     m_lastShown = now;
     m_barIsShown = true;
     // A line of all columns would wrap.
-    WriteError('\r' + BarLine(m_title, BarText(done, m_total), TextAt(done), m_columns - 1));
+    WriteError('\r' + BarLine(m_title, m_total ? BarText(done, *m_total) : "", TextAt(done), m_columns - 1));
 }
 
 void Progress::ShowLine(std::uint64_t done)
 {
-    const std::uint64_t tenths = PartOf(10, done, m_total);
-    if (tenths == m_tenthsShown)
+    const std::uint64_t step = StepAt(done);
+    if (step == m_stepShown)
         return;
-    m_tenthsShown = tenths;
+    m_stepShown = step;
     WriteError(m_title + "  " + TextAt(done) + '\n');
 }
 
@@ -137,7 +148,14 @@ std::string Progress::TextAt(std::uint64_t done) const
 {
     const double seconds = std::chrono::duration<double>(Clock::now() - m_start).count();
     const auto bytes = static_cast<double>(done - m_alreadyDone);
-    return ProgressText(done, m_total, seconds > 0 ? bytes / seconds : 0);
+    const double bytesPerSecond = seconds > 0 ? bytes / seconds : 0;
+    return m_total ? ProgressText(done, *m_total, bytesPerSecond) : ProgressText(done, bytesPerSecond);
+}
+
+std::uint64_t Progress::StepAt(std::uint64_t done) const
+{
+    constexpr std::uint64_t kMebibyte = 1048576;
+    return m_total ? PartOf(10, done, *m_total) : static_cast<std::uint64_t>(std::bit_width(done / kMebibyte));
 }
 
 } // namespace quorvex::console

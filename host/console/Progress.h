@@ -3,6 +3,7 @@
 #include <chrono>
 #include <cstddef>
 #include <cstdint>
+#include <optional>
 #include <string>
 
 namespace quorvex::console
@@ -21,6 +22,9 @@ std::string DurationText(std::uint64_t seconds);
 /// @param bytesPerSecond 0 while it is unknown; then rate and time left are not told
 std::string ProgressText(std::uint64_t done, std::uint64_t total, double bytesPerSecond);
 
+/// The same of a transfer whose end is not known: "27.5 MiB  12.3 MiB/s".
+std::string ProgressText(std::uint64_t done, double bytesPerSecond);
+
 /// A bar of 20 characters.
 std::string BarText(std::uint64_t done, std::uint64_t total);
 
@@ -28,12 +32,14 @@ std::string BarText(std::uint64_t done, std::uint64_t total);
 /// title first.
 std::string BarLine(const std::string& title, const std::string& bar, const std::string& text, std::size_t columns);
 
-/// Shows a transfer on the standard error stream: a bar on a terminal, otherwise a line at each tenth.
+/// Shows a transfer on the standard error stream: a bar on a terminal, otherwise a line at each tenth, or, where
+/// the end is not known, whenever the mebibytes have doubled.
 class Progress
 {
 public:
+    /// @param total       nothing when the end is not known
     /// @param alreadyDone bytes that an earlier run has transferred
-    Progress(std::string title, std::uint64_t total, std::uint64_t alreadyDone, bool quiet);
+    Progress(std::string title, std::optional<std::uint64_t> total, std::uint64_t alreadyDone, bool quiet);
     ~Progress();
 
     Progress(const Progress&) = delete;
@@ -49,13 +55,16 @@ private:
     void ShowLine(std::uint64_t done);
     std::string TextAt(std::uint64_t done) const;
 
+    /// Changes whenever a line is due.
+    std::uint64_t StepAt(std::uint64_t done) const;
+
     std::string m_title;
-    std::uint64_t m_total;
+    std::optional<std::uint64_t> m_total;
     std::uint64_t m_alreadyDone;
     bool m_quiet;
     std::size_t m_columns;
     bool m_barIsShown = false;
-    std::uint64_t m_tenthsShown;
+    std::uint64_t m_stepShown;
     Clock::time_point m_start = Clock::now();
     Clock::time_point m_lastShown{};
 };

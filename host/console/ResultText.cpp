@@ -1,8 +1,10 @@
 #include "ResultText.h"
 
+#include <ferrolink/http_session.h>
 #include <quorvex/Results.h>
 
 #include <algorithm>
+#include <cstddef>
 #include <iterator>
 
 namespace quorvex::console
@@ -16,9 +18,17 @@ struct Meaning
     const char* text;
 };
 
+constexpr Meaning kMeaningsOfHost[] = {
+    {FRL_HTTP_FAILED, "the request was not made, or no whole answer came: the server cannot be reached"},
+    {FRL_HTTP_TIMED_OUT, "the server did not answer in time"},
+    {FRL_HTTP_CLOSED, "the request was cut off, because the session that it belongs to was closed"},
+};
+
 constexpr Meaning kMeanings[] = {
     {Result::Ok, "success"},
     {Result::BadAnswer, "the server's answer could not be understood, or a local file has no digest"},
+    {Result::RequestRefused, "the request was not made: the session for it is closed"},
+    {Result::RangeTooLong, "the server sent more of the file than was asked for"},
     {Result::NotConnected, "there is no connection to the server"},
     {Result::CredentialsMissing, "user name or password is missing or was rejected"},
     {Result::SessionMissing, "the session is missing or was rejected"},
@@ -72,14 +82,24 @@ constexpr Meaning kMeanings[] = {
     {507, "the account's space is used up"},
 };
 
+/// @return nullptr when the result is not among them
+template <std::size_t Count>
+const char* TextAmong(const Meaning (&meanings)[Count], int result)
+{
+    const auto* const known = std::find_if(std::begin(meanings), std::end(meanings),
+                                           [=](const Meaning& each) { return each.result == result; });
+    return known != std::end(meanings) ? known->text : nullptr;
+}
+
 } // namespace
 
-std::string MeaningOf(int result)
+std::string MeaningOf(int result, Transport transport)
 {
-    const auto* const known = std::find_if(std::begin(kMeanings), std::end(kMeanings),
-                                           [=](const Meaning& each) { return each.result == result; });
-    if (known != std::end(kMeanings))
-        return known->text;
+    const char* const ofHost = transport == Transport::Host ? TextAmong(kMeaningsOfHost, result) : nullptr;
+    if (ofHost != nullptr)
+        return ofHost;
+    if (const char* const known = TextAmong(kMeanings, result))
+        return known;
     if (result >= 100 && result < 600)
         return "the server answered with HTTP status " + std::to_string(result);
     return result > 0 ? "the service reported a result of its own" : "the module failed";

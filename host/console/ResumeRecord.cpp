@@ -39,8 +39,9 @@ bool HasAllMembers(const Json::Value& value)
     for (const char* const name : {"server", "name", "md5", "key"})
         if (!value[name].isString())
             return false;
-    return value["version"] == kVersion && value["size"].isUInt64() && value["modified"].isInt64() &&
-           value["confirmed"].isUInt64();
+    const Json::Value& ticket = value["ticket"];
+    return (ticket.isNull() || ticket.isString()) && value["version"] == kVersion && value["size"].isUInt64() &&
+           value["modified"].isInt64() && value["confirmed"].isUInt64();
 }
 
 } // namespace
@@ -54,7 +55,9 @@ std::string ToText(const ResumeRecord& record)
     value["size"] = Json::UInt64{record.identity.size};
     value["modified"] = Json::Int64{record.identity.modified};
     value["md5"] = record.identity.md5;
-    value["key"] = record.key;
+    value["key"] = record.ids.key;
+    if (!record.ids.ticket.empty())
+        value["ticket"] = record.ids.ticket;
     value["confirmed"] = Json::UInt64{record.confirmed};
     return JsonLine(value);
 }
@@ -70,9 +73,9 @@ std::optional<ResumeRecord> ParseResumeRecord(std::string_view text)
     record.identity.size = (*value)["size"].asUInt64();
     record.identity.modified = (*value)["modified"].asInt64();
     record.identity.md5 = (*value)["md5"].asString();
-    record.key = (*value)["key"].asString();
+    record.ids = {(*value)["key"].asString(), (*value)["ticket"].asString()};
     record.confirmed = (*value)["confirmed"].asUInt64();
-    if (record.key.empty() || record.confirmed > record.identity.size)
+    if (record.ids.key.empty() || record.confirmed > record.identity.size)
         return std::nullopt;
     return record;
 }

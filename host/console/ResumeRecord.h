@@ -21,11 +21,20 @@ struct UploadIdentity
     bool operator==(const UploadIdentity&) const = default;
 };
 
+/// What the server knows an upload in blocks by.
+struct UploadIds
+{
+    std::string key;
+    std::string ticket; ///< to be sent with the next block; empty where blocks need none
+
+    bool operator==(const UploadIds&) const = default;
+};
+
 /// How far an upload has come. Blocks are sent in order, so one number tells which ones the server has confirmed.
 struct ResumeRecord
 {
     UploadIdentity identity;
-    std::string key;
+    UploadIds ids;
     std::uint64_t confirmed = 0;
 
     bool operator==(const ResumeRecord&) const = default;

@@ -3,10 +3,11 @@
 #include "Failure.h"
 #include "LocalFile.h"
 #include "Paths.h"
+#include "Pictures.h"
 #include "ReportValues.h"
 #include "Session.h"
+#include "StorageGenerations.h"
 #include "StorageNames.h"
-#include "StorageSession.h"
 #include "Text.h"
 
 #include <quorvex/Results.h>
@@ -50,19 +51,19 @@ Report Put(const Options& options, UploadNamed upload)
     const std::wstring name = options.name.empty() ? local.name : Wide(options.name);
     if (const std::string complaint = ComplaintAboutName(ToUtf8(name)); !complaint.empty())
         throw Failure(complaint);
-    CheckThatNameIsSent(name);
+    CheckThatNameIsSent(name, "--name gives it another one");
     const Storage storage(options);
     Check(((*storage).*upload)(local.folder.c_str(), local.name.c_str(), name.c_str()),
           "cannot upload " + ToUtf8(name));
     return Sent(name, local);
 }
 
-Report Get(const Options& options, const std::function<int(const CFileStorage&, const LocalPath&)>& fetch)
+/// @param fetch writes the file that the options name
+Report Get(const Options& options, const std::function<int(const LocalPath&)>& fetch,
+           Transport transport = Transport::Module)
 {
-    const Storage storage(options);
     const std::filesystem::path path = TargetOf(options.out, SafeName(Wide(options.key), L"file"));
-    FetchInto(
-        path, [&](const LocalPath& local) { return fetch(*storage, local); }, "cannot download " + options.key);
+    FetchInto(path, fetch, "cannot download " + options.key, transport);
     Report report;
     report.Add("name", options.key);
     report.Add("path", ToUtf8(path.wstring()));
@@ -74,7 +75,7 @@ Report Get(const Options& options, const std::function<int(const CFileStorage&, 
 
 Report StorageLoginCommand(const Options& options)
 {
-    const Storage storage(options);
+    WithStorage(options, [](const auto&) {});
     Report report;
     report.Add("server", options.server);
     report.Add("login", LoginMethod(options));
@@ -86,22 +87,19 @@ Report PutPictureCommand(const Options& options)
     const LocalPath local = FileToSend(options);
     if (const std::string complaint = ComplaintAboutName(ToUtf8(local.name)); !complaint.empty())
         throw Failure(complaint);
-    const Storage storage(options);
-    const int result = storage->PictureUpload(local.folder.c_str(), local.name.c_str());
+    const int result = WithStorage(options, [&](auto& storage) { return SendPicture(storage, local); });
     if (result != 0)
         throw Failure("cannot upload " + ToUtf8(local.name), result,
-                      result == Result::NameMismatch ? WhyNamedOtherwise(local.name) : "");
+                      result == Result::NameMismatch ? WhyNamedOtherwise(local.name) : "", TransportOf(options));
     return Sent(local.name, local);
 }
 
 Report GetPictureCommand(const Options& options)
 {
-    return Get(options, [key = Wide(options.key), escaped = QueryEscaped(options.key)](const CFileStorage& storage,
-                                                                                       const LocalPath& local) {
-        // A picture's own operation gives the file its key as a name, and asks for the key as it is.
-        return key == local.name && key.find_first_of(L"%#&+") == std::wstring::npos
-                   ? storage.PictureDownload(local.folder.c_str(), key.c_str())
-                   : storage.UserPhotoDownload(local.folder.c_str(), escaped.c_str(), local.name.c_str());
+    return WithStorage(options, [&](auto& storage) {
+        return Get(
+            options, [&](const LocalPath& local) { return FetchPicture(storage, options.key, local); },
+            TransportOf(options));
     });
 }
 
@@ -112,8 +110,9 @@ Report PutPhotoCommand(const Options& options)
 
 Report GetPhotoCommand(const Options& options)
 {
-    return Get(options, [key = QueryEscaped(options.key)](const CFileStorage& storage, const LocalPath& local) {
-        return storage.UserPhotoDownload(local.folder.c_str(), key.c_str(), local.name.c_str());
+    const Storage storage(options);
+    return Get(options, [&, key = QueryEscaped(options.key)](const LocalPath& local) {
+        return storage->UserPhotoDownload(local.folder.c_str(), key.c_str(), local.name.c_str());
     });
 }
 
@@ -124,9 +123,9 @@ Report PutEmoticonCommand(const Options& options)
 
 Report GetEmoticonCommand(const Options& options)
 {
-    return Get(options, [uid = Wide(options.uid), key = QueryEscaped(options.key)](const CFileStorage& storage,
-                                                                                   const LocalPath& local) {
-        return storage.EmoticonDownload(uid.c_str(), local.folder.c_str(), key.c_str(), local.name.c_str());
+    const Storage storage(options);
+    return Get(options, [&, uid = Wide(options.uid), key = QueryEscaped(options.key)](const LocalPath& local) {
+        return storage->EmoticonDownload(uid.c_str(), local.folder.c_str(), key.c_str(), local.name.c_str());
     });
 }
 

@@ -42,13 +42,12 @@ std::wstring NameAsSent(const std::wstring& name)
     return sent;
 }
 
-void CheckThatNameIsSent(const std::wstring& name)
+void CheckThatNameIsSent(const std::wstring& name, const std::string& advice)
 {
     const std::wstring sent = NameAsSent(name);
     if (sent != name)
         throw Failure("the name " + ToUtf8(name) + " cannot be sent: the system's OEM code page, " +
-                      std::to_string(GetOEMCP()) + ", would make " + ToUtf8(sent) +
-                      " of it; --name gives it another one");
+                      std::to_string(GetOEMCP()) + ", would make " + ToUtf8(sent) + " of it; " + advice);
 }
 
 std::string WhyNamedOtherwise(const std::wstring& name)

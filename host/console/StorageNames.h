@@ -15,8 +15,9 @@ std::string ComplaintAboutName(const std::string& name);
 std::wstring NameAsSent(const std::wstring& name);
 
 /// Ends a command whose file would silently have another key than this name.
+/// @param advice what to do then
 /// @throws Failure
-void CheckThatNameIsSent(const std::wstring& name);
+void CheckThatNameIsSent(const std::wstring& name, const std::string& advice);
 
 /// Why the server's name for a picture, which it has taken, is not the picture's own.
 std::string WhyNamedOtherwise(const std::wstring& name);

@@ -4,26 +4,26 @@
 #include "Session.h"
 #include "Text.h"
 
-#include <string_view>
-
 namespace quorvex::console
 {
-namespace
-{
 
-/// What the module cuts off a request's path behind it.
-constexpr std::size_t kPathRoom = 255;
-
-void CheckThatPathHolds(const std::wstring& user, const std::wstring& credential)
+void CheckThatLoginHolds(std::wstring_view path)
 {
-    constexpr std::wstring_view frame = L"login_rest.php?u=&p=";
-    const std::size_t size = frame.size() + user.size() + credential.size();
-    if (size > kPathRoom)
-        throw Failure("the credentials make an address of " + std::to_string(size) +
+    /// What the module cuts off a request's path behind it.
+    constexpr std::size_t kPathRoom = 255;
+    if (path.size() > kPathRoom)
+        throw Failure("the credentials make an address of " + std::to_string(path.size()) +
                       " characters; a request holds at most " + std::to_string(kPathRoom));
 }
 
-} // namespace
+int RunAgainAfterLogin(const std::function<int()>& request, const std::function<int()>& logIn, int refusal)
+{
+    const int result = request();
+    if (result != refusal)
+        return result;
+    const int login = logIn();
+    return login != 0 ? login : request();
+}
 
 Storage::Storage(const Options& options)
     : m_user(QueryEscaped(options.user)),
@@ -32,17 +32,13 @@ Storage::Storage(const Options& options)
 {
     if (!m_storage.IsConnected())
         throw Failure("cannot use the server address " + options.server, Result::NotConnected);
-    CheckThatPathHolds(m_user, m_credential);
+    CheckThatLoginHolds(L"login_rest.php?u=" + m_user + L"&p=" + m_credential);
     Check(LogIn(), "cannot log in to " + options.server);
 }
 
 int Storage::Run(const std::function<int(const CFileStorage&)>& request, int refusal)
 {
-    const int result = request(m_storage);
-    if (result != refusal)
-        return result;
-    const int login = LogIn();
-    return login != 0 ? login : request(m_storage);
+    return RunAgainAfterLogin([&] { return request(m_storage); }, [&] { return LogIn(); }, refusal);
 }
 
 int Storage::LogIn()

@@ -6,11 +6,22 @@
 
 #include <functional>
 #include <string>
+#include <string_view>
 
 namespace quorvex::console
 {
 
-/// The shared file storage, with a login.
+/// Ends a command whose login the module would cut.
+/// @param path the login's path below the service's address
+/// @throws Failure
+void CheckThatLoginHolds(std::wstring_view path);
+
+/// Runs a request, and once more after another login when its session has expired.
+/// @param refusal what the request returns then
+/// @return the last result, also when it is the login's
+int RunAgainAfterLogin(const std::function<int()>& request, const std::function<int()>& logIn, int refusal = 403);
+
+/// The shared file storage, first generation, with a login.
 class Storage
 {
 public:

@@ -6,10 +6,38 @@
 #include "Output.h"
 #include "Paths.h"
 #include "RemoteFile.h"
+#include "StorageNames.h"
 #include "Text.h"
 
 namespace quorvex::console
 {
+
+namespace
+{
+
+/// Completes the result by what the server tells of the file, as far as it tells anything.
+void Confirm(UploadResult& result, const UploadTarget& target)
+{
+    std::string stated;
+    if (target.askAbout)
+    {
+        const std::string what = "cannot verify the upload of " + result.name + ", which has got the key " + result.key;
+        const RemoteFile remote = target.askAbout(Wide(result.key), what);
+        result.verified = IsSameFile(remote, result.size, result.md5, what);
+        stated = remote.stated;
+    }
+    else
+    {
+        WriteError("note: this generation tells nothing of a stored file, so that nothing is known beyond the server's "
+                   "word that it has all of it\n");
+        stated = ToUtf8(NameAsSent(Wide(result.name)));
+    }
+    if (stated != result.name)
+        WriteError("note: on the server the file is named " + stated + '\n');
+    result.name = stated;
+}
+
+} // namespace
 
 UploadResult Upload(const UploadTarget& target, const Options& options)
 {
@@ -32,12 +60,7 @@ UploadResult Upload(const UploadTarget& target, const Options& options)
         result.instant = upload.WasInstant();
     }
 
-    const std::string what = "cannot verify the upload of " + result.name + ", which has got the key " + result.key;
-    const RemoteFile remote = target.askAbout(Wide(result.key), what);
-    result.verified = IsSameFile(remote, result.size, result.md5, what);
-    if (remote.stated != result.name)
-        WriteError("note: on the server the file is named " + remote.stated + '\n');
-    result.name = remote.stated;
+    Confirm(result, target);
     return result;
 }
 

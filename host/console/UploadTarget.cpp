@@ -7,6 +7,37 @@
 
 namespace quorvex::console
 {
+namespace
+{
+
+/// Room for a key or a ticket of the depot.
+using KeyRoom = std::array<wchar_t, 65>;
+
+/// What the first two generations of the depot have in common.
+template <class AnyStorage>
+UploadTarget ToAnnouncedFile(AnyStorage& storage)
+{
+    UploadTarget target;
+    target.create = [&storage](const LocalPath& local, std::string& key, bool& isComplete) {
+        KeyRoom room{};
+        const int result = storage->LargeFileCreate(local.folder.c_str(), local.name.c_str(), room.data(),
+                                                    static_cast<unsigned long>(room.size()));
+        key = ToUtf8(room.data());
+        isComplete = false;
+        return result;
+    };
+    target.sendBlock = [&storage](const LocalPath&, const UploadIds& ids, const Block& block) {
+        const std::wstring key = Wide(ids.key);
+        return storage.Run(
+            [&](auto& depot) { return depot.LargeFileUpload(key.c_str(), block.data, block.size, block.position); });
+    };
+    target.finish = [&storage](const std::wstring& key) {
+        return storage.Run([&](auto& depot) { return depot.LargeFileUploadFinish(key.c_str()); });
+    };
+    return target;
+}
+
+} // namespace
 
 UploadTarget ToDisk(const netdisk::CNetDisk& disk)
 {
@@ -27,8 +58,8 @@ UploadTarget ToDisk(const netdisk::CNetDisk& disk)
         isComplete = complete != 0;
         return result;
     };
-    target.sendBlock = [&disk](const std::wstring& key, void* data, unsigned long size, unsigned long position) {
-        return disk.LargeFileUpload(key.c_str(), data, size, position);
+    target.sendBlock = [&disk](const LocalPath&, const UploadIds& ids, const Block& block) {
+        return disk.LargeFileUpload(Wide(ids.key).c_str(), block.data, block.size, block.position);
     };
     target.finish = [&disk](const std::wstring& key) { return disk.LargeFileFinish(key.c_str()); };
     target.askAbout = [&disk](const std::wstring& key, const std::string& what) { return AskAbout(disk, key, what); };
@@ -37,24 +68,35 @@ UploadTarget ToDisk(const netdisk::CNetDisk& disk)
 
 UploadTarget ToDepot(Storage& storage)
 {
-    UploadTarget target;
-    target.create = [&storage](const LocalPath& local, std::string& key, bool& isComplete) {
-        std::array<wchar_t, 65> room{};
-        const int result = storage->LargeFileCreate(local.folder.c_str(), local.name.c_str(), room.data(),
-                                                    static_cast<unsigned long>(room.size()));
-        key = ToUtf8(room.data());
-        isComplete = false;
-        return result;
-    };
-    target.sendBlock = [&storage](const std::wstring& key, void* data, unsigned long size, unsigned long position) {
-        return storage.Run(
-            [&](const CFileStorage& depot) { return depot.LargeFileUpload(key.c_str(), data, size, position); });
-    };
-    target.finish = [&storage](const std::wstring& key) {
-        return storage.Run([&](const CFileStorage& depot) { return depot.LargeFileUploadFinish(key.c_str()); });
-    };
+    UploadTarget target = ToAnnouncedFile(storage);
     target.askAbout = [&storage](const std::wstring& key, const std::string& what) {
         return AskAbout(storage, L"", key, what);
+    };
+    return target;
+}
+
+UploadTarget ToDepot(Storage2& storage)
+{
+    UploadTarget target = ToAnnouncedFile(storage);
+    target.transport = Transport::Host;
+    return target;
+}
+
+UploadTarget ToDepot(Storage3& storage)
+{
+    UploadTarget target;
+    target.transport = Transport::Host;
+    target.sendBlock = [&storage](const LocalPath& local, UploadIds& ids, const Block& block) {
+        KeyRoom key{};
+        KeyRoom ticket{};
+        Wide(ids.ticket).copy(ticket.data(), ticket.size() - 1);
+        const int result = storage.Run([&](CFileStorage3& depot) {
+            return depot.BufferUpload(key.data(), block.data, block.size, block.position, local.name.c_str(),
+                                      ticket.data(), block.isLast ? 1 : 0);
+        });
+        if (result == 0)
+            ids = {ToUtf8(key.data()), ToUtf8(ticket.data())};
+        return result;
     };
     return target;
 }

@@ -1,7 +1,6 @@
 #include "CommandLine.h"
 #include "Failure.h"
 #include "Output.h"
-#include "ResultText.h"
 #include "Text.h"
 
 #include <ferrolink/log.h>
@@ -34,15 +33,15 @@ void StartLog(const Options& options)
 }
 
 /// "code" is the module's result, or null when that is not the reason.
-void TellFailure(bool asJson, const std::string& message, std::optional<int> code)
+void TellFailure(bool asJson, const Failure& failure)
 {
     if (!asJson)
-        return WriteError("quorvex: " + message + '\n');
+        return WriteError(std::string("quorvex: ") + failure.what() + '\n');
     Json::Value object;
     object["ok"] = false;
-    object["code"] = code ? Json::Value(*code) : Json::Value();
-    object["meaning"] = code ? MeaningOf(*code) : message;
-    object["message"] = message;
+    object["code"] = failure.Code() ? Json::Value(*failure.Code()) : Json::Value();
+    object["meaning"] = failure.Meaning();
+    object["message"] = failure.what();
     WriteOut(JsonLine(object));
 }
 
@@ -51,7 +50,7 @@ int Tell(const Answer& answer, bool asJson)
     if (answer.exitStatus == 0)
         WriteOut(answer.text);
     else
-        TellFailure(asJson, answer.text.substr(0, answer.text.find('\n')), std::nullopt);
+        TellFailure(asJson, Failure(answer.text.substr(0, answer.text.find('\n'))));
     if (answer.exitStatus != 0 && !asJson)
         WriteError("Run with --help for more information.\n");
     return answer.exitStatus;
@@ -74,11 +73,11 @@ int RunSafely(const Invocation& invocation)
     }
     catch (const Failure& failure)
     {
-        TellFailure(asJson, failure.what(), failure.Code());
+        TellFailure(asJson, failure);
     }
     catch (const std::exception& error)
     {
-        TellFailure(asJson, error.what(), std::nullopt);
+        TellFailure(asJson, Failure(error.what()));
     }
     return kFailureExitStatus;
 }

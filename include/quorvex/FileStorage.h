@@ -56,7 +56,8 @@ public:
     bool IsConnected() const;
 
     /// @name Login
-    /// A login remembers its credentials for later repetition, whether or not it succeeds.
+    /// A login remembers its credentials for later repetition, whether or not it succeeds, unless there is no
+    /// connection.
     /// @{
 
     /// Logs in with a session of the account system.
@@ -66,7 +67,8 @@ public:
 
     /// Logs in with user name and password.
     /// @param userName user name
-    /// @param password password; it is sent as it is, in the request's path, protected only by an https address
+    /// @param password password; it is sent as it is, in the request's path, unprotected: an https address encrypts
+    /// nothing
     /// @return 0; -100 not connected; -101 a text is null; 1, an HTTP status, a code of the server or of the transport
     int UserLogin(const wchar_t* userName, const wchar_t* password);
 
@@ -161,7 +163,7 @@ public:
     /// LargeFileCreate logs in again after a 403; the other operations return it.
     /// @{
 
-    /// Announces a local file to the server, with its MD5 and the low 32 bits of its size. A file that cannot be opened
+    /// Announces a local file to the server, with its MD5 and the low 32 bits of its size. A file that cannot be read
     /// is announced without its MD5, one of which nothing is known with the size 0; the server decides.
     /// @param folder    folder of the file, without a trailing backslash
     /// @param fileName  the file's name there, which is also its name in the depot (at most 127 bytes in the OEM code
@@ -205,8 +207,9 @@ public:
     /// @param position offset of the range
     /// @param buffer   room for length bytes as given on entry; never more is written
     /// @param length   in: bytes wanted; out, on success: bytes received
-    /// @return 0, also when fewer bytes came; -135 buffer is null although length is not 0; -100 not connected; an HTTP
-    ///         status or a transport code
+    /// @return 0, also when the server sends a shorter range than asked for; -135 buffer is null although length is not
+    ///         0; -100 not connected; 1 the body has another length than announced; a zlib code for a damaged one; an
+    ///         HTTP status or a transport code
     int LargeFileDownload(const wchar_t* uid, const wchar_t* key, unsigned long position, void* buffer,
                           unsigned long& length) const;
 

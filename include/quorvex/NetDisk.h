@@ -64,7 +64,7 @@ public:
 
     /// Logs in with account and password.
     /// @param userName account name
-    /// @param password password; it is sent as it is, protected only by an https address
+    /// @param password password; it is sent as it is, unprotected: an https address encrypts nothing
     /// @return 0; -100 not connected; -101 a text is null; 1, an HTTP status or a transport code
     int UserLogin(const wchar_t* userName, const wchar_t* password);
 

@@ -4,7 +4,8 @@
 /// @file
 /// The records in which the network disk hands listings to its caller. They are plain values of a fixed layout;
 /// texts end with a zero, and one that is longer than its array, which no server in its senses sends, runs on into the
-/// fields behind it. Times are as the server sends them.
+/// fields behind it and may lose its zero to their numbers: read no more than the array. Times are as the server sends
+/// them.
 
 namespace quorvex
 {

@@ -123,8 +123,9 @@ public:
     /// @}
 
 protected:
-    /// The login request. It does not look for the connection itself.
+    /// The login request.
     /// @param session the session; null gives -102
+    /// @return as ClientLogin
     int ClientLoginWithSession(const wchar_t* session) const;
 
     /// Repeats the last login.

@@ -2,9 +2,9 @@
 #define QUORVEX_RESULTS_H
 
 /// @file
-/// What the operations return: 0 is success, a negative value is one of the module's own failures below, and a
-/// positive one comes from the other side: an HTTP status (403, 404, 500 ...), a service's own result code, or 1
-/// for an answer that could not be understood.
+/// What the operations return: 0 is success, a negative value is one of the module's own failures below or zlib's code
+/// for a damaged compressed body (-2 to -5), and a positive one comes from the other side: an HTTP status (403, 404,
+/// 500 ...), a service's own result code, or 1 for an answer that could not be understood.
 
 namespace quorvex
 {
@@ -18,6 +18,9 @@ enum Code : int
     Ok = 0,        ///< the operation did what it was asked for
     BadAnswer = 1, ///< an answer that cannot be parsed, lacks a key, or has another length than it announced;
                    ///< also a local failure without a code of its own (an empty file has no digest, memory ran out)
+
+    RequestRefused = -1, ///< a request was not made: the client's session is closed, or the client is going away
+    RangeTooLong = -11,  ///< the server sent more of a range than was asked for
 
     NotConnected = -100,            ///< no connection to the server exists
     CredentialsMissing = -101,      ///< user name or password is missing or was rejected

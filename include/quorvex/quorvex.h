@@ -6,6 +6,8 @@
 
 #include "Export.h"
 #include "FileStorage.h"
+#include "FileStorage2.h"
+#include "FileStorage3.h"
 #include "FileStorageRecords.h"
 #include "Md5.h"
 #include "NetDisk.h"

@@ -57,7 +57,7 @@ int CNetDiskHttpHelper::GetResponse(Request& request, std::string& response)
     if (!IsSuccess(attributes.statusCode))
     {
         LOG_ERROR(L"GetResponse() HTTP response fail:dwStatusCode=" << attributes.statusCode);
-        return static_cast<int>(attributes.statusCode);
+        return RefusedStatus(attributes.statusCode);
     }
     return CheckContentLength(attributes, response);
 }
@@ -122,28 +122,15 @@ int CNetDiskHttpHelper::FileDownload(const wchar_t* objectPath, const wchar_t* l
 {
     statusCode = 0;
     Request request;
-    if (const int result =
-            OpenRequest(request, L"GET", objectPath, L"CNetDiskHttpHelper::FileDownload() WinHttpOpenRequest error");
-        result != Result::Ok)
-    {
-        return result;
-    }
-    if (request.Send())
-    {
-        LOG_DEBUG(L"CNetDiskHttpHelper::FileDownload() WinHttpSendRequest pass");
-    }
-    else
-    {
-        // Receiving fails next and ends the request.
-        LOG_FAILED_CALL(L"CNetDiskHttpHelper::FileDownload() WinHttpSendRequest error");
-    }
-    if (!request.Receive())
-    {
-        LOG_FAILED_CALL(L"CNetDiskHttpHelper::FileDownload() WinHttpReceiveResponse error");
-        return Result::ReceiveFailed;
-    }
     ResponseAttributes attributes;
-    if (const int result = GetResponseAttribute(request, attributes); result != Result::Ok)
+    if (const int result =
+            GetDownload(request, objectPath,
+                        {.openFailed = L"CNetDiskHttpHelper::FileDownload() WinHttpOpenRequest error",
+                         .sent = L"CNetDiskHttpHelper::FileDownload() WinHttpSendRequest pass",
+                         .sendFailed = L"CNetDiskHttpHelper::FileDownload() WinHttpSendRequest error",
+                         .receiveFailed = L"CNetDiskHttpHelper::FileDownload() WinHttpReceiveResponse error"},
+                        attributes);
+        result != Result::Ok)
     {
         return result;
     }
@@ -205,7 +192,7 @@ int CNetDiskHttpHelper::GetFileInfo(const wchar_t* objectPath, std::uint32_t& to
     if (!IsSuccess(statusCode))
     {
         LOG_ERROR(L"CNetDiskHttpHelper::GetFileInfo() HTTP response fail:dwStatusCode=" << statusCode);
-        return static_cast<int>(statusCode);
+        return RefusedStatus(statusCode);
     }
 
     std::array<wchar_t, kHeaderValueSize> value = {};

@@ -22,20 +22,24 @@ const char* OrEmpty(const char* text)
     return text != nullptr ? text : "";
 }
 
-/// Appends names and values by turns; there is an even number of them.
-void AppendPairs(FormBody& body, const std::vector<std::string>& pairs)
+/// Appends names and values by turns.
+/// @param illegal the line for an odd number of texts; the number follows
+/// @return 0, or 1 for an odd number
+int AppendPairs(FormBody& body, const std::vector<std::string>& pairs, const wchar_t* illegal)
 {
+    if (pairs.size() % 2 != 0)
+    {
+        LOG_ERROR(illegal << pairs.size());
+        return Result::BadAnswer;
+    }
     for (std::size_t i = 0; i < pairs.size(); i += 2)
     {
         // A name ends at its first zero byte, as the form does.
         const char* const name = pairs[i].c_str();
         body << std::string("&") + name + "=" + PercentEncode(pairs[i + 1]);
     }
-}
-
-bool IsOdd(const std::vector<std::string>& pairs)
-{
-    return pairs.size() % 2 != 0;
+    LOG_TRACE(L"szPostBuffer=\"" << body.c_str() << L"\"");
+    return Result::Ok;
 }
 
 } // namespace
@@ -149,14 +153,8 @@ int COnlineUserSearch::UserUpdateAppInfo(const char* app, const std::vector<std:
         }
         FormBody body;
         body << "app=" << app;
-        if (IsOdd(info))
-        {
-            LOG_ERROR(L"COnlineUserSearch::UserUpdateAppInfo(), app_info illegal,size()=" << info.size());
-            return Result::BadAnswer;
-        }
-        AppendPairs(body, info);
-        LOG_TRACE(L"szPostBuffer=\"" << body.c_str() << L"\"");
-        return UserUpdateInfo(body.c_str());
+        const int result = AppendPairs(body, info, L"COnlineUserSearch::UserUpdateAppInfo(), app_info illegal,size()=");
+        return result == Result::Ok ? UserUpdateInfo(body.c_str()) : result;
     });
 }
 
@@ -227,15 +225,9 @@ int COnlineUserSearch::QueryByAppCondition(const char* app, const std::vector<st
         }
         FormBody body;
         body << "app=" << app << "&skip=" << skip;
-        if (IsOdd(conditions))
-        {
-            LOG_ERROR(L"COnlineUserSearch::QueryByAppCondition(), query_condition illegal,size()="
-                      << conditions.size());
-            return Result::BadAnswer;
-        }
-        AppendPairs(body, conditions);
-        LOG_TRACE(L"szPostBuffer=\"" << body.c_str() << L"\"");
-        return QueryByCondition(body.c_str(), ids, capacity, count);
+        const int result =
+            AppendPairs(body, conditions, L"COnlineUserSearch::QueryByAppCondition(), query_condition illegal,size()=");
+        return result == Result::Ok ? QueryByCondition(body.c_str(), ids, capacity, count) : result;
     });
 }
 
@@ -277,15 +269,9 @@ int COnlineUserSearch::QueryCountByConditionVector(const char* app, const std::v
         }
         FormBody body;
         body << "app=" << app;
-        if (IsOdd(conditions))
-        {
-            LOG_ERROR(L"COnlineUserSearch::QueryCountByConditionVector(), query_condition illegal,size()="
-                      << conditions.size());
-            return Result::BadAnswer;
-        }
-        AppendPairs(body, conditions);
-        LOG_TRACE(L"szPostBuffer=\"" << body.c_str() << L"\"");
-        return QueryCountByConditionString(body.c_str(), count);
+        const int result = AppendPairs(
+            body, conditions, L"COnlineUserSearch::QueryCountByConditionVector(), query_condition illegal,size()=");
+        return result == Result::Ok ? QueryCountByConditionString(body.c_str(), count) : result;
     });
 }
 

@@ -15,9 +15,10 @@ class CSearchUserOLHttpHelper : public CHttpHelper
 public:
     using CHttpHelper::CHttpHelper;
 
+    /// Reads a received response.
+    /// @param response cleared, then filled with the body; what was read before a failure stays in it
     /// @return 0, -107, -130, -131, -132, a zlib code, the status of a refused request, or 1 for a body of another
-    /// length
-    ///         than announced
+    ///         length than announced
     int GetResponse(Platform::Request& request, std::string& response) override;
 
 private:

@@ -230,17 +230,10 @@ int CFileStorage::EmoticonGetList(EmoticonInfo* /*list*/, const unsigned int& /*
             return helper.ParseEmoticonList(reply, code, emoticons, errorinfo, failure);
         };
 
-        int result = getList();
-        if (result == Result::Ok && code == kForbidden)
-        {
-            // The upload's wording is what the log has always said here.
-            result = exchange.ReloginOrFail(L"session expired when do file upload, try relogin to server");
-            if (result == Result::Ok)
-            {
-                result = getList();
-            }
-        }
-        if (result != Result::Ok)
+        // The upload's wording is what the log has always said here.
+        if (const int result = exchange.RunWithCodeRelogin(
+                L"session expired when do file upload, try relogin to server", code, getList);
+            result != Result::Ok)
         {
             return result;
         }

@@ -6,6 +6,7 @@
 #include "SFSJsonHelper.h"
 
 #include <span>
+#include <utility>
 
 namespace quorvex
 {
@@ -35,24 +36,16 @@ int CFileStorage::LargeFileCreate(const wchar_t* folder, const wchar_t* fileName
             return helper.ParseUploadResponse(reply, code, fkey, fsize, errorinfo, failure);
         };
 
-        // The download's wording is what the log has always said here.
-        int result = exchange.RunWithRelogin(L"session expired when do file download, try relogin to server", post);
-        if (result == Result::Ok)
-        {
-            result = read();
-        }
-        if (result == Result::Ok && code == kForbidden)
-        {
-            result = exchange.ReloginOrFail(L"session expired when do file upload, try relogin to server");
-            if (result == Result::Ok)
-            {
-                result = post();
-            }
-            if (result == Result::Ok)
-            {
-                result = read();
-            }
-        }
+        const int result = exchange.RunWithCodeRelogin(
+            L"session expired when do file upload, try relogin to server", code, [&, isFirst = true]() mutable {
+                // Only the first request is repeated after an HTTP 403. The download's wording is what the log has
+                // always said then.
+                const int sent =
+                    std::exchange(isFirst, false)
+                        ? exchange.RunWithRelogin(L"session expired when do file download, try relogin to server", post)
+                        : post();
+                return sent == Result::Ok ? read() : sent;
+            });
         if (result != Result::Ok)
         {
             return result;

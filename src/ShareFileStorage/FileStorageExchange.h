@@ -72,6 +72,21 @@ struct CFileStorage::Exchange
         return step();
     }
 
+    /// Runs a step that leaves the server's own code, and once more after a login when that says that the session has
+    /// expired.
+    /// @param sessionExpired the operation's message
+    template <class Step>
+    int RunWithCodeRelogin(const wchar_t* sessionExpired, const int& code, Step step) const
+    {
+        const int result = step();
+        if (result != Result::Ok || code != kForbidden)
+        {
+            return result;
+        }
+        const int login = ReloginOrFail(sessionExpired);
+        return login == Result::Ok ? step() : login;
+    }
+
     /// Sends a request and reads its plain reply.
     template <class Send>
     int SendForResult(Send send) const

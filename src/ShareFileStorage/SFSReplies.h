@@ -54,7 +54,8 @@ ObjectPath DepotPath(const wchar_t* uid, const wchar_t* key);
 /// A form of the depot's requests.
 using DepotForm = NarrowText<1024, Platform::CodePage::Oem>;
 
-/// The form that announces a local file. A file that cannot be read is announced without digest and size.
+/// The form that announces a local file. A file that cannot be read is announced without its digest, one of which
+/// nothing is known with the size 0.
 DepotForm CreateForm(const wchar_t* folder, const wchar_t* fileName);
 
 /// The form that finishes a large file.

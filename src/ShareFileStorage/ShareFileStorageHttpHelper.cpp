@@ -3,6 +3,7 @@
 #include "../BoundedText.h"
 #include "../CommonUtil.h"
 #include "../HeaderValues.h"
+#include "../JsonHelper.h"
 #include "../LocalFile.h"
 #include "../Multipart.h"
 #include "../Platform/File.h"
@@ -28,19 +29,16 @@ namespace
 constexpr std::size_t kDownloadPathSize = 324;
 constexpr std::size_t kHeaderValueSize = 512;
 
-bool IsSuccess(std::uint32_t statusCode)
-{
-    return statusCode == 200 || statusCode == 206;
-}
-
-/// What the server says of a refusal. It explains a failure that is certain already, so that failing to read it
-/// changes nothing.
-void LogRefusal(Request& request, const ResponseAttributes& attributes)
+/// Logs a refusal with what the server says of it. That explains a failure that is certain already, so that failing to
+/// read it changes nothing.
+/// @param refused the operation's line; the status follows
+void LogRefusal(Request& request, const ResponseAttributes& attributes, const wchar_t* refused)
 {
     std::string body;
     std::size_t receivedSize = 0;
     ReadResponseBody(request, attributes, body, receivedSize);
-    LOG_ERROR(L"Response code=" << attributes.statusCode << L", errorinfo=" << body);
+    LOG_ERROR(refused << attributes.statusCode);
+    RefusedBy(static_cast<int>(attributes.statusCode), body.c_str());
 }
 
 } // namespace
@@ -79,37 +77,23 @@ int CShareFileStorageHttpHelper::FileUpload(const wchar_t* objectPath, const wch
 int CShareFileStorageHttpHelper::FileDownload(const wchar_t* objectPath, const wchar_t* folder, const wchar_t* fileName)
 {
     Request request;
-    if (const int result = OpenRequest(request, L"GET", objectPath,
-                                       L"CShareFileStorageHttpHelper::FileDownload() WinHttpOpenRequest error");
+    ResponseAttributes attributes;
+    if (const int result =
+            GetDownload(request, objectPath,
+                        {.openFailed = L"CShareFileStorageHttpHelper::FileDownload() WinHttpOpenRequest error",
+                         .sent = L"CShareFileStorageHttpHelper::FileDownload() WinHttpSendRequest pass",
+                         .sendFailed = L"CShareFileStorageHttpHelper::FileDownload() WinHttpSendRequest error",
+                         .receiveFailed = L"CShareFileStorageHttpHelper::FileDownload() WinHttpReceiveResponse error"},
+                        attributes);
         result != Result::Ok)
     {
         return result;
     }
-    if (request.Send())
+    if (!IsGoodStatus(attributes.statusCode))
     {
-        LOG_DEBUG(L"CShareFileStorageHttpHelper::FileDownload() WinHttpSendRequest pass");
-    }
-    else
-    {
-        // Receiving fails next and ends the request.
-        LOG_FAILED_CALL(L"CShareFileStorageHttpHelper::FileDownload() WinHttpSendRequest error");
-    }
-    if (!request.Receive())
-    {
-        LOG_FAILED_CALL(L"CShareFileStorageHttpHelper::FileDownload() WinHttpReceiveResponse error");
-        return Result::ReceiveFailed;
-    }
-    ResponseAttributes attributes;
-    if (const int result = GetResponseAttribute(request, attributes); result != Result::Ok)
-    {
-        return result;
-    }
-    if (!IsSuccess(attributes.statusCode))
-    {
-        LOG_ERROR(L"CShareFileStorageHttpHelper::FileDownload() HTTP response fail:dwStatusCode="
-                  << attributes.statusCode);
-        LogRefusal(request, attributes);
-        return static_cast<int>(attributes.statusCode);
+        LogRefusal(request, attributes,
+                   L"CShareFileStorageHttpHelper::FileDownload() HTTP response fail:dwStatusCode=");
+        return RefusedStatus(attributes.statusCode);
     }
     WideText<kDownloadPathSize> path;
     path << folder << L"\\" << fileName;
@@ -160,11 +144,11 @@ int CShareFileStorageHttpHelper::BufferUpload(const wchar_t* objectPath, FileInf
     {
         return result;
     }
-    if (!IsSuccess(attributes.statusCode))
+    if (!IsGoodStatus(attributes.statusCode))
     {
-        LOG_ERROR(L"CShareFileStorageHttpHelper::BufferUpload() HTTP response fail:dwStatusCode="
-                  << attributes.statusCode);
-        LogRefusal(request, attributes);
+        FindContentEncoding(request, attributes.encoding);
+        LogRefusal(request, attributes,
+                   L"CShareFileStorageHttpHelper::BufferUpload() HTTP response fail:dwStatusCode=");
         return Result::RangeAnswerInvalid;
     }
 

@@ -76,6 +76,12 @@ TEST(ProgressText, OfNothingIsComplete)
     EXPECT_EQ(ProgressText(0, 0, 0), "100 %  0 bytes of 0 bytes");
 }
 
+TEST(ProgressText, TellsAmountAndRateWhereTheEndIsNotKnown)
+{
+    EXPECT_EQ(ProgressText(16 * kMib, 4.0 * kMib), "16.0 MiB  4.0 MiB/s");
+    EXPECT_EQ(ProgressText(999, 0.0), "999 bytes");
+}
+
 TEST(BarText, FillsFromTheLeft)
 {
     EXPECT_EQ(BarText(0, 64), "[....................]");

@@ -1,6 +1,7 @@
 #include "ResultText.h"
 #include "Failure.h"
 
+#include <ferrolink/http_session.h>
 #include <quorvex/Results.h>
 
 #include <gtest/gtest.h>
@@ -29,12 +30,26 @@ TEST(ResultText, EveryResultOfTheModuleHasAMeaningOfItsOwn)
         meanings.insert(meaning);
         ++results;
     }
-    for (const int result : {-5, -4, -3, -2, 0, 1, 2})
+    for (const int result : {-11, -5, -4, -3, -2, -1, 0, 1, 2})
     {
         meanings.insert(MeaningOf(result));
         ++results;
     }
     EXPECT_EQ(meanings.size(), static_cast<std::size_t>(results));
+}
+
+TEST(ResultText, TheHostHasResultsOfItsOwn)
+{
+    std::set<std::string> meanings;
+    for (const int result : {FRL_HTTP_FAILED, FRL_HTTP_TIMED_OUT, FRL_HTTP_CLOSED})
+    {
+        EXPECT_NE(MeaningOf(result, Transport::Host), MeaningOf(result, Transport::Module));
+        meanings.insert(MeaningOf(result, Transport::Host));
+    }
+    EXPECT_EQ(meanings.size(), 3u);
+    for (const int result : {Result::RangeTooLong, Result::LocalFileFailed, Result::Ok})
+        EXPECT_EQ(MeaningOf(result, Transport::Host), MeaningOf(result, Transport::Module));
+    EXPECT_EQ(MeaningOf(404, Transport::Host), MeaningOf(404));
 }
 
 TEST(ResultText, HttpStatusesHaveAMeaning)
@@ -50,7 +65,7 @@ TEST(ResultText, OtherResultsHaveAPlainText)
 {
     EXPECT_EQ(MeaningOf(99), "the service reported a result of its own");
     EXPECT_EQ(MeaningOf(600), "the service reported a result of its own");
-    EXPECT_EQ(MeaningOf(-1), "the module failed");
+    EXPECT_EQ(MeaningOf(-99), "the module failed");
 }
 
 TEST(Failure, IsOneSentenceWithTheResult)
@@ -60,6 +75,13 @@ TEST(Failure, IsOneSentenceWithTheResult)
                                  "(result -120)");
     EXPECT_EQ(failure.Code(), -120);
     EXPECT_STREQ(Failure("cannot x", 500, "try again").what(), "cannot x: the server failed (result 500); try again");
+}
+
+TEST(Failure, TellsWhatItsResultMeans)
+{
+    EXPECT_EQ(Failure("cannot x", -2, "", Transport::Host).Meaning(), MeaningOf(-2, Transport::Host));
+    EXPECT_EQ(Failure("cannot x", -2).Meaning(), MeaningOf(-2));
+    EXPECT_EQ(Failure("a.txt is a folder").Meaning(), "a.txt is a folder");
 }
 
 TEST(Failure, NeedsNoResult)

@@ -17,7 +17,7 @@ ResumeRecord Sample()
     ResumeRecord record;
     record.identity = {"http://127.0.0.1:8080/object", "film \xE6\x97\xA5.mkv", 4294967295u, -116444736000000000,
                        "900150983cd24fb0d6963f7d28e17f72"};
-    record.key = "0123456789abcdef0123456789abcdef";
+    record.ids.key = "0123456789abcdef0123456789abcdef";
     record.confirmed = 4194304;
     return record;
 }
@@ -25,6 +25,16 @@ ResumeRecord Sample()
 TEST(ResumeRecord, IsReadAsItWasWritten)
 {
     EXPECT_EQ(ParseResumeRecord(ToText(Sample())), Sample());
+}
+
+TEST(ResumeRecord, HasATicketWhereBlocksNeedOne)
+{
+    EXPECT_EQ(ToText(Sample()).find("ticket"), std::string::npos);
+    ResumeRecord record = Sample();
+    record.ids.ticket = "abc";
+    EXPECT_EQ(ParseResumeRecord(ToText(record)), record);
+    std::string text = ToText(record);
+    EXPECT_EQ(ParseResumeRecord(text.replace(text.find("\"abc\""), 5, "[]")), std::nullopt);
 }
 
 TEST(ResumeRecord, IsNotReadFromAnyPartOfItself)

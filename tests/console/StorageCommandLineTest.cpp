@@ -131,6 +131,64 @@ TEST_F(StorageCommandLine, RefusesKeysAndUidsThatWouldChangeTheRequest)
     EXPECT_NE(Complaint({"depot", "get", "k", "--uid", "2&k=x"}).find("1 to 32 letters"), std::string::npos);
 }
 
+TEST_F(StorageCommandLine, TakesEachCommandInTheGenerationsThatHaveIt)
+{
+    const std::vector<std::pair<std::vector<std::string>, int>> lastGenerations{
+        {{"storage", "login"}, 2},
+        {{"storage", "put-picture", "f"}, 3},
+        {{"storage", "get-picture", "n"}, 3},
+        {{"storage", "put-photo", "f"}, 1},
+        {{"storage", "get-photo", "n"}, 1},
+        {{"storage", "emoticons", "put", "f"}, 1},
+        {{"storage", "emoticons", "get", "n"}, 1},
+        {{"storage", "emoticons", "rm", "n"}, 1},
+        {{"storage", "emoticons", "ls"}, 1},
+        {{"depot", "put", "f"}, 3},
+        {{"depot", "get", "k"}, 3},
+        {{"depot", "rm", "k"}, 2},
+        {{"depot", "ls"}, 1},
+        {{"depot", "renew", "k"}, 1},
+        {{"depot", "info"}, 1},
+    };
+    for (const auto& [words, last] : lastGenerations)
+    {
+        const std::string operation = words[1] == "emoticons" ? words[1] + ' ' + words[2] : words[0] + ' ' + words[1];
+        EXPECT_EQ(Parsed(words).options.generation, 1);
+        for (int generation = 1; generation <= 3; ++generation)
+        {
+            std::vector<std::string> line = words;
+            line.insert(line.end(), {"--generation", std::to_string(generation)});
+            if (generation <= last)
+            {
+                EXPECT_EQ(Parsed(line).options.generation, generation) << words[1];
+                continue;
+            }
+            line.insert(line.end(), {"--session", "s"});
+            const std::string complaint = Complaint(line);
+            EXPECT_NE(complaint.find("generation " + std::to_string(generation) +
+                                     " of the file storage has no such operation as " + operation),
+                      std::string::npos)
+                << complaint;
+        }
+    }
+}
+
+TEST_F(StorageCommandLine, KnowsThreeGenerations)
+{
+    EXPECT_EQ(Parsed({"depot", "--generation", "2", "put", "f"}).options.generation, 2);
+    for (const char* const other : {"0", "4", "-1", "two", ""})
+        EXPECT_NE(Complaint({"depot", "put", "f", "--generation", other, "--session", "s"}).find("--generation"),
+                  std::string::npos)
+            << other << m_answer.text;
+    EXPECT_NE(Complaint({"netdisk", "ls", "--generation", "2", "--session", "s"}), "");
+}
+
+TEST_F(StorageCommandLine, LearnsWhereAccountsAre)
+{
+    EXPECT_EQ(Parsed({"depot", "put", "f", "--accounts", "http://disk/object"}).options.accounts, "http://disk/object");
+    EXPECT_EQ(Parsed({"storage", "get-picture", "n"}).options.accounts, "");
+}
+
 TEST_F(StorageCommandLine, ReadsBlockSizes)
 {
     EXPECT_EQ(Parsed({"depot", "put", "f"}).options.blockSize, 4u << 20);

@@ -1,6 +1,7 @@
 #include "StorageNames.h"
 
 #include "Failure.h"
+#include "HostStorage.h"
 
 #include <gtest/gtest.h>
 
@@ -38,8 +39,17 @@ TEST(StorageNames, OfEnglishLettersAreSentAsTheyAre)
 {
     EXPECT_EQ(NameAsSent(L"sunset (2).png"), L"sunset (2).png");
     EXPECT_EQ(NameAsSent(L""), L"");
-    EXPECT_NO_THROW(CheckThatNameIsSent(L"sunset (2).png"));
+    EXPECT_NO_THROW(CheckThatNameIsSent(L"sunset (2).png", "advice"));
     EXPECT_NE(WhyNamedOtherwise(L"sunset.png").find("under that other name"), std::string::npos);
+}
+
+TEST(StorageAddress, EndsAsItsGenerationTakesIt)
+{
+    for (const char* const given : {"http://host/storage", "http://host/storage/", "http://host/storage//"})
+    {
+        EXPECT_EQ(AddressFor(2, given), "http://host/storage");
+        EXPECT_EQ(AddressFor(3, given), "http://host/storage/");
+    }
 }
 
 TEST(StorageNames, LoseWhatTheOemCodePageLacks)
@@ -56,13 +66,13 @@ TEST(StorageNames, LoseWhatTheOemCodePageLacks)
     EXPECT_NE(WhyNamedOtherwise(lost + L".png").find(codePage), std::string::npos);
     try
     {
-        CheckThatNameIsSent(lost + L".png");
+        CheckThatNameIsSent(lost + L".png", "rename it");
         ADD_FAILURE();
     }
     catch (const Failure& failure)
     {
         EXPECT_NE(std::string(failure.what()).find(codePage), std::string::npos) << failure.what();
-        EXPECT_NE(std::string(failure.what()).find("--name"), std::string::npos) << failure.what();
+        EXPECT_NE(std::string(failure.what()).find("; rename it"), std::string::npos) << failure.what();
     }
 }
 

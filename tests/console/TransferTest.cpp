@@ -37,14 +37,7 @@ public:
             content.clear();
             return 0;
         };
-        target.sendBlock = [this](const std::wstring&, void* data, unsigned long size, unsigned long position) {
-            if (blocksUntilRefusal-- == 0)
-                return refusal;
-            content.resize(std::max<std::size_t>(content.size(), position + size));
-            std::copy_n(static_cast<const char*>(data), size, content.begin() + static_cast<std::ptrdiff_t>(position));
-            ++blocks;
-            return 0;
-        };
+        target.sendBlock = [this](const LocalPath&, const UploadIds&, const Block& block) { return Take(block); };
         target.finish = [this](const std::wstring&) {
             const int result = finishResult;
             finishResult = 0;
@@ -56,14 +49,47 @@ public:
         return target;
     }
 
+    /// The same for blocks that begin and end a file by themselves, and nothing that could be asked.
+    UploadTarget TargetWithTickets()
+    {
+        UploadTarget target;
+        target.sendBlock = [this](const LocalPath& local, UploadIds& ids, const Block& block) {
+            EXPECT_EQ(local.name, L"file.bin");
+            EXPECT_EQ(ids.ticket, ticket);
+            if (ids.ticket.empty())
+                ids.key = "key" + std::to_string(++creations);
+            const int result = Take(block);
+            if (result == 0)
+                ids.ticket = ticket = "ticket" + std::to_string(blocks);
+            lastBlocks += block.isLast ? "L" : ".";
+            return result;
+        };
+        target.transport = Transport::Host;
+        return target;
+    }
+
     std::string content;
     std::string md5;
+    std::string ticket;
+    std::string lastBlocks; ///< for each block, whether it was the last
     bool hasContent = false;
     int creations = 0;
     int blocks = 0;
     int blocksUntilRefusal = -1;
     int refusal = 500;
     int finishResult = 0;
+
+private:
+    int Take(const Block& block)
+    {
+        if (blocksUntilRefusal-- == 0)
+            return refusal;
+        content.resize(std::max<std::size_t>(content.size(), block.position + block.size));
+        std::copy_n(static_cast<const char*>(block.data), block.size,
+                    content.begin() + static_cast<std::ptrdiff_t>(block.position));
+        ++blocks;
+        return 0;
+    }
 };
 
 class Transfer : public testing::Test
@@ -93,15 +119,27 @@ protected:
 
     DownloadSource Ranges()
     {
-        return {{L"file.bin", m_content.size(), m_server.md5, "file.bin"},
-                {},
-                [this](unsigned long position, void* buffer, unsigned long& size) {
-                    if (m_rangesUntilFailure-- == 0)
-                        return 500;
-                    size = static_cast<unsigned long>(m_content.copy(static_cast<char*>(buffer), size, position));
-                    ++m_ranges;
-                    return 0;
-                }};
+        DownloadSource source;
+        source.remote = {L"file.bin", m_content.size(), m_server.md5, "file.bin"};
+        source.fetchRange = [this](unsigned long position, void* buffer, unsigned long& size) {
+            if (m_rangesUntilFailure-- == 0)
+                return 500;
+            // Behind its end there is nothing.
+            size = static_cast<unsigned long>(
+                m_content.copy(static_cast<char*>(buffer), size, std::min<std::size_t>(position, m_content.size())));
+            ++m_ranges;
+            return 0;
+        };
+        return source;
+    }
+
+    DownloadSource RangesOfUnknown()
+    {
+        DownloadSource source = Ranges();
+        source.remote = {L"key", UINT32_MAX, {}, {}};
+        source.isToldOf = false;
+        source.partEnding = L".key.part";
+        return source;
     }
 
     const std::string m_content = "0123456789";
@@ -223,6 +261,84 @@ TEST_F(Transfer, ComplainsWhenTheServerStatesAnotherDigest)
     EXPECT_THROW(Put(), Failure);
     m_server.md5.clear();
     EXPECT_FALSE(Put().verified);
+}
+
+TEST_F(Transfer, BeginsAndEndsAFileWithItsBlocksWhereThereIsNothingElse)
+{
+    const UploadResult upload = Upload(m_server.TargetWithTickets(), m_options);
+    EXPECT_EQ(m_server.content, m_content);
+    EXPECT_EQ(m_server.lastBlocks, "...L");
+    EXPECT_EQ(upload.key, "key1");
+    EXPECT_EQ(upload.name, "file.bin");
+    EXPECT_FALSE(upload.verified);
+    EXPECT_FALSE(std::filesystem::exists(Record()));
+}
+
+TEST_F(Transfer, SendsAnEmptyBlockOfAnEmptyFileThatBeginsAndEndsWithIt)
+{
+    std::ofstream(m_file, std::ios::binary | std::ios::trunc).close();
+    EXPECT_EQ(Upload(m_server.TargetWithTickets(), m_options).key, "key1");
+    EXPECT_EQ(m_server.lastBlocks, "L");
+    EXPECT_EQ(m_server.content, "");
+}
+
+TEST_F(Transfer, GoesOnWithTheTicketOfTheLastConfirmedBlock)
+{
+    m_server.blocksUntilRefusal = 2;
+    EXPECT_THROW(Upload(m_server.TargetWithTickets(), m_options), Failure);
+    const UploadResult rest = Upload(m_server.TargetWithTickets(), m_options);
+    EXPECT_EQ(rest.resumedFrom, 6u);
+    EXPECT_EQ(rest.key, "key1");
+    EXPECT_EQ(m_server.content, m_content);
+    EXPECT_EQ(m_server.creations, 1);
+}
+
+TEST_F(Transfer, DoesNotGoOnWithAnUploadOfAnotherKind)
+{
+    m_server.blocksUntilRefusal = 2;
+    EXPECT_THROW(Put(), Failure);
+    EXPECT_EQ(Upload(m_server.TargetWithTickets(), m_options).resumedFrom, 0u);
+
+    m_server.ticket.clear();
+    m_server.blocksUntilRefusal = 2;
+    EXPECT_THROW(Upload(m_server.TargetWithTickets(), m_options), Failure);
+    EXPECT_EQ(Put().resumedFrom, 0u);
+    EXPECT_EQ(m_server.content, m_content);
+}
+
+TEST_F(Transfer, TellsResultsOfTheHostInItsWords)
+{
+    m_server.blocksUntilRefusal = 2;
+    m_server.refusal = -2;
+    try
+    {
+        Upload(m_server.TargetWithTickets(), m_options);
+        ADD_FAILURE();
+    }
+    catch (const Failure& failure)
+    {
+        EXPECT_EQ(failure.Meaning(), "the server did not answer in time");
+    }
+}
+
+TEST_F(Transfer, FetchesAFileOfUnknownSizeToItsEnd)
+{
+    const std::filesystem::path place = m_folder / "fetched";
+    const DownloadResult download = Download(RangesOfUnknown(), place, m_options);
+    EXPECT_EQ(ContentOf(place), m_content);
+    EXPECT_EQ(download.remote.size, m_content.size());
+    EXPECT_FALSE(download.verified);
+}
+
+TEST_F(Transfer, FetchesTheRestOfAFileOfUnknownSize)
+{
+    const std::filesystem::path place = m_folder / "fetched";
+    m_rangesUntilFailure = 2;
+    EXPECT_THROW(Download(RangesOfUnknown(), place, m_options), Failure);
+    EXPECT_EQ(ContentOf(m_folder / "fetched.key.part"), "012345");
+    EXPECT_EQ(Download(RangesOfUnknown(), place, m_options).resumedFrom, 6u);
+    EXPECT_EQ(ContentOf(place), m_content);
+    EXPECT_FALSE(std::filesystem::exists(m_folder / "fetched.key.part"));
 }
 
 TEST_F(Transfer, FetchesAnyFileInRangesWhereNothingElseIsGiven)

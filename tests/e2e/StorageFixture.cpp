@@ -27,11 +27,11 @@ Json::Value StorageFixture::Admin(const std::string& path, const Json::Value& bo
     return reply.Json();
 }
 
-void StorageFixture::EndSessions(const Account& account) const
+void StorageFixture::EndSessions(const Account& account, const char* kind) const
 {
     Json::Value body;
     body["account"] = account.name;
-    body["kind"] = "service";
+    body["kind"] = kind;
     EXPECT_GE(Admin("sessions/expire", body)["expired"].asInt(), 1);
 }
 

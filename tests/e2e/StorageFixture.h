@@ -24,7 +24,8 @@ protected:
     Json::Value Admin(const std::string& path, const Json::Value& body) const;
 
     /// Ends the account's logins, as time would.
-    void EndSessions(const Account& account) const;
+    /// @param kind "service" for the logins of services, "centre" for the sessions that open them
+    void EndSessions(const Account& account, const char* kind = "service") const;
 
     std::string UidOf(const Account& account) const;
 

@@ -11,11 +11,16 @@
 namespace support
 {
 
-/// Books every WinHTTP handle, file handle, file mapping and view that the module opens and closes.
+/// Books every WinHTTP handle, file handle, file mapping, view and event that the module opens and closes, and its
+/// sessions and registrations with the host's library.
 class HandleLedger
 {
 public:
     explicit HandleLedger(SystemCalls& calls);
+    ~HandleLedger();
+
+    HandleLedger(const HandleLedger&) = delete;
+    HandleLedger& operator=(const HandleLedger&) = delete;
 
     /// What is wrong with the books: handles still open, and handles closed without having been opened.
     std::vector<std::string> defects() const;
@@ -30,8 +35,11 @@ private:
     {
         WinHttp,
         Kernel,
-        View
+        View,
+        Session,
+        Registration
     };
+    SystemCalls& m_calls;
     std::map<std::pair<Kind, std::uintptr_t>, std::string> m_open;
     std::vector<std::string> m_strays;
     unsigned m_opened = 0;

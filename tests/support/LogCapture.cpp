@@ -35,7 +35,8 @@ constexpr std::array<Prefix, 4> prefixes{{
 bool isSourceTag(std::string_view tag)
 {
     static constexpr std::string_view start = ".\\src\\";
-    if (!tag.starts_with(start) || tag.size() == start.size() || tag.back() == '\\')
+    if (!tag.starts_with(start) || tag.size() == start.size() || tag.back() == '\\' ||
+        tag.find("..") != std::string_view::npos)
         return false;
     return std::ranges::all_of(
         tag, [](unsigned char c) { return std::isalnum(c) != 0 || c == '_' || c == '.' || c == '\\'; });

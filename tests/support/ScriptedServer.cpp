@@ -151,6 +151,8 @@ void ScriptedServer::serve(SOCKET client, const Exchange& exchange)
 
     std::string& request = m_requests.back();
     readRequest(client, request, exchange.bodyBytesBeforeReply);
+    if (exchange.beforeReply)
+        exchange.beforeReply();
     for (const std::string& piece : exchange.pieces)
     {
         const std::size_t step = exchange.byteByByte ? 1 : std::max<std::size_t>(piece.size(), 1);
@@ -161,6 +163,12 @@ void ScriptedServer::serve(SOCKET client, const Exchange& exchange)
     if (exchange.ending == Exchange::Ending::Reset)
     {
         resetConnection(client);
+        return;
+    }
+    if (exchange.ending == Exchange::Ending::Hold)
+    {
+        waitForEnd(client);
+        closesocket(client);
         return;
     }
     // Closing with unread bytes would reset the connection and could take the reply with it.
@@ -188,6 +196,13 @@ void ScriptedServer::readRequest(SOCKET client, std::string& request, std::size_
             return;
         request.append(buffer, static_cast<std::size_t>(count));
     }
+}
+
+void ScriptedServer::waitForEnd(SOCKET client) const
+{
+    char buffer[4096];
+    while (waitFor(client, Direction::Receive) && recv(client, buffer, sizeof buffer, 0) > 0)
+        continue;
 }
 
 void ScriptedServer::sendAll(SOCKET client, std::string_view bytes) const

@@ -3,6 +3,7 @@
 #include <winsock2.h>
 
 #include <cstddef>
+#include <functional>
 #include <limits>
 #include <string>
 #include <string_view>
@@ -18,7 +19,8 @@ struct Exchange
     enum class Ending
     {
         Close,
-        Reset
+        Reset,
+        Hold ///< the client ends it
     };
 
     static constexpr std::size_t WholeBody = std::numeric_limits<std::size_t>::max();
@@ -27,6 +29,7 @@ struct Exchange
     std::vector<std::string> pieces{};            ///< each is sent by a call of its own
     bool byteByByte = false;
     Ending ending = Ending::Close;
+    std::function<void()> beforeReply{}; ///< called on the server's thread when the request is there
 };
 
 /// An HTTP server that plays a script, one connection an exchange, on a port of the system's choice.
@@ -65,6 +68,7 @@ private:
     void run();
     void serve(SOCKET client, const Exchange& exchange);
     void readRequest(SOCKET client, std::string& request, std::size_t bodyBytes) const;
+    void waitForEnd(SOCKET client) const;
     void sendAll(SOCKET client, std::string_view bytes) const;
 
     /// @return false when stop() came first

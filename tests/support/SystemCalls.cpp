@@ -1,5 +1,8 @@
 #include "support/SystemCalls.h"
 
+#include <ferrolink/event.h>
+#include <ferrolink/http_session.h>
+
 #include <winhttp.h>
 
 #include <algorithm>
@@ -30,6 +33,29 @@ struct Import
     bool isToFail() const { return failCount != 0 && calls >= failFrom && calls - failFrom < failCount; }
 };
 
+/// The module also calls from the host's event thread. Recursive: where a program watches itself, the watcher's own
+/// calls are watched, too.
+class Lock
+{
+public:
+    Lock() { EnterCriticalSection(&s_section.data); }
+    ~Lock() { LeaveCriticalSection(&s_section.data); }
+    Lock(const Lock&) = delete;
+    Lock& operator=(const Lock&) = delete;
+
+private:
+    struct Section
+    {
+        Section() { InitializeCriticalSection(&data); }
+        ~Section() { DeleteCriticalSection(&data); }
+        Section(const Section&) = delete;
+        Section& operator=(const Section&) = delete;
+
+        CRITICAL_SECTION data{};
+    };
+    static inline Section s_section;
+};
+
 std::function<void(const SystemCall&)> watcher;
 
 template <typename T>
@@ -50,6 +76,11 @@ T fromWord(std::uintptr_t word)
         return static_cast<T>(word);
 }
 
+std::uintptr_t firstOf()
+{
+    return 0;
+}
+
 template <typename First, typename... Others>
 std::uintptr_t firstOf(First first, Others...)
 {
@@ -57,21 +88,46 @@ std::uintptr_t firstOf(First first, Others...)
 }
 
 template <typename Result, typename Function, typename... Arguments>
+std::uintptr_t callOriginal(const Import& import, Arguments... arguments)
+{
+    const auto original = reinterpret_cast<Function>(import.original);
+    if constexpr (std::is_void_v<Result>)
+    {
+        original(arguments...);
+        return 0;
+    }
+    else
+        return asWord(original(arguments...));
+}
+
+/// @return whether this call is to fail
+bool count(Import& import)
+{
+    const Lock lock;
+    ++import.calls;
+    return import.isToFail();
+}
+
+void tellWatcher(const SystemCall& call)
+{
+    const Lock lock;
+    if (watcher)
+        watcher(call);
+}
+
+template <typename Result, typename Function, typename... Arguments>
 Result intercept(Import& import, Arguments... arguments)
 {
-    ++import.calls;
-    const bool made = import.isToFail();
-    auto result = fromWord<Result>(import.failure);
+    const bool made = count(import);
+    std::uintptr_t result = import.failure;
     if (!made || import.callsEvenToFail)
-        result = reinterpret_cast<Function>(import.original)(arguments...);
-    if (made)
-        result = fromWord<Result>(import.failure);
+        result = callOriginal<Result, Function>(import, arguments...);
     const DWORD error = made ? import.error : GetLastError();
-    const bool failed = result == fromWord<Result>(import.failure);
-    if (watcher)
-        watcher({import.name, firstOf(arguments...), asWord(result), failed});
+    if (made)
+        result = import.failure;
+    tellWatcher({import.name, firstOf(arguments...), result, result == import.failure});
     SetLastError(error);
-    return result;
+    return fromWord<Result>(result);
 }
 
 /// Makes every function of the list below a type, and so a replacement, of its own.
@@ -121,6 +177,7 @@ Import* importOf(std::uintptr_t failure = 0, bool callsEvenToFail = false)
 }
 
 constexpr auto noHandle = static_cast<std::uintptr_t>(-1);
+constexpr auto notSent = static_cast<std::uintptr_t>(FRL_HTTP_FAILED);
 constexpr bool releases = true;
 
 std::span<Import* const> imports()
@@ -150,7 +207,16 @@ std::span<Import* const> imports()
         importOf<"LocalFree", decltype(&LocalFree)>(1, releases),
         importOf<"MultiByteToWideChar", decltype(&MultiByteToWideChar)>(),
         importOf<"WideCharToMultiByte", decltype(&WideCharToMultiByte)>(),
+        importOf<"CreateEventW", decltype(&CreateEventW)>(),
         importOf<"malloc", decltype(&std::malloc)>(),
+        importOf<"frl_event_add_win32_event", decltype(&frl_event_add_win32_event)>(ERROR_NOT_ENOUGH_MEMORY),
+        importOf<"frl_event_remove_win32_event", decltype(&frl_event_remove_win32_event)>(ERROR_NOT_FOUND, releases),
+        importOf<"frl_http_session_create", decltype(&frl_http_session_create)>(),
+        importOf<"frl_http_session_close", decltype(&frl_http_session_close)>(1, releases),
+        importOf<"frl_http_request_open", decltype(&frl_http_request_open)>(),
+        importOf<"frl_http_request_add_cookie", decltype(&frl_http_request_add_cookie)>(notSent),
+        importOf<"frl_http_request_set_timeouts", decltype(&frl_http_request_set_timeouts)>(notSent),
+        importOf<"frl_http_request_perform", decltype(&frl_http_request_perform)>(notSent),
     };
     return all;
 }
@@ -171,6 +237,7 @@ SystemCalls::SystemCalls(const wchar_t* module)
     if (handle == nullptr)
         throw std::invalid_argument("the module is not loaded");
     const ImportTable table(handle);
+    const Lock lock;
     for (Import* const each : imports())
     {
         void** const entry = table.entry(each->name);
@@ -184,11 +251,13 @@ SystemCalls::SystemCalls(const wchar_t* module)
 
 SystemCalls::~SystemCalls()
 {
+    const Lock lock;
     watcher = nullptr;
 }
 
 void SystemCalls::fail(std::string_view function, unsigned call, DWORD error, unsigned howMany)
 {
+    const Lock lock;
     Import& import = find(function);
     import.failFrom = import.calls + call;
     import.failCount = howMany;
@@ -197,6 +266,7 @@ void SystemCalls::fail(std::string_view function, unsigned call, DWORD error, un
 
 unsigned SystemCalls::calls(std::string_view function) const
 {
+    const Lock lock;
     return find(function).calls;
 }
 
@@ -211,6 +281,7 @@ std::vector<std::string> SystemCalls::functions() const
 
 void SystemCalls::watch(std::function<void(const SystemCall&)> newWatcher)
 {
+    const Lock lock;
     watcher = std::move(newWatcher);
 }
 

@@ -40,6 +40,13 @@ TEST(SourceTag, StartsAtTheLastSrcFolder)
     EXPECT_STREQ(SourceTag("/mysrc/src/A.cpp").text, ".\\src\\A.cpp");
 }
 
+TEST(SourceTag, LeavesOutDetours)
+{
+    EXPECT_STREQ(SourceTag("/module/src/Netdisk/../NoThrow.h").text, ".\\src\\NoThrow.h");
+    EXPECT_STREQ(SourceTag("src/A/B/../../C/D.h").text, ".\\src\\C\\D.h");
+    EXPECT_STREQ(SourceTag("src\\A\\..\\D.h").text, ".\\src\\D.h");
+}
+
 TEST(Log, LineHasPrefixMessageTabTagAndNewline)
 {
     const std::string line = RawLine(kLogError, [] { LOG_ERROR(L"InternetOpen error"); });

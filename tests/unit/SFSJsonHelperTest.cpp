@@ -33,6 +33,7 @@ struct Reply
     const char* uid = nullptr;
     const char* sid = nullptr;
     const char* fkey = nullptr;
+    const char* ticket = nullptr;
     unsigned int fsize = 42;
     double totalSpace = -1;
     double totalSize = -1;
@@ -71,6 +72,11 @@ int ParseFiles(CSFSJsonHelper& helper, const std::string& body, Reply& r)
 int ParseDepot(CSFSJsonHelper& helper, const std::string& body, Reply& r)
 {
     return helper.ParseDepotInfo(body, r.code, r.uid, r.totalSpace, r.totalSize, r.freeSpace, r.errorinfo, r.failure);
+}
+
+int ParseApi(CSFSJsonHelper& helper, const std::string& body, Reply& r)
+{
+    return helper.ParseApiResponse(body, r.code, r.fkey, r.ticket, r.errorinfo, r.failure);
 }
 
 /// The keys of a JSON object and their values as they stand there.
@@ -117,7 +123,9 @@ struct Parser
     const char* name;
     Parse parse;
     Members good;
-    std::vector<Demand> demands; ///< in the order in which they are looked at
+    std::vector<Demand> demands; ///< in the order in which they are looked at; the server's code is the first
+
+    const std::string& CodeKey() const { return demands.front().key; }
 };
 
 void PrintTo(const Parser& parser, std::ostream* out)
@@ -169,6 +177,14 @@ const std::vector<Parser>& Parsers()
           {"totalsize", "get totalsize error"},
           {"freespace", "get freespace error"},
           errorinfoText}},
+        {"Api",
+         ParseApi,
+         {{"msg", "\"fine\""}, {"fsize", "5"}, {"ticket", "\"t1\""}, {"fkey", "\"k1\""}, {"code", "200"}},
+         {{"code", "get json code error"},
+          {"fkey", "get fkey error"},
+          {"ticket", "get ticket error"},
+          {"fsize", "get fsize error"},
+          {"msg", "get errorinfo error"}}},
     };
     return all;
 }
@@ -244,14 +260,14 @@ TEST_P(SFSJsonParser, ReadsAGoodReply)
     const Messages lines = log.messages("DEBUG");
     ASSERT_FALSE(lines.empty());
     EXPECT_TRUE(lines.back().starts_with("json result: result=200")) << lines.back();
-    EXPECT_TRUE(Contains(lines.back(), ", errorinfo=\"fine")) << lines.back();
+    EXPECT_TRUE(Contains(lines.back(), " errorinfo=\"fine")) << lines.back();
 }
 
 TEST_P(SFSJsonParser, DemandsItsKeys)
 {
     for (const Demand& demand : GetParam().demands)
     {
-        const int code = demand.key == "result" ? 505 : 200;
+        const int code = demand.key == GetParam().CodeKey() ? 505 : 200;
         ExpectFailure(Object(Without(GetParam().good, demand.key)), demand.failure, code);
         ExpectFailure(Object(With(GetParam().good, demand.key, "null")), demand.failure, code);
     }
@@ -263,7 +279,7 @@ TEST_P(SFSJsonParser, LooksAtItsKeysInTheirOrder)
     for (auto demand = GetParam().demands.rbegin(); demand != GetParam().demands.rend(); ++demand)
     {
         members = Without(members, demand->key);
-        ExpectFailure(Object(members), demand->failure, demand->key == "result" ? 505 : 200);
+        ExpectFailure(Object(members), demand->failure, demand->key == GetParam().CodeKey() ? 505 : 200);
     }
 }
 
@@ -297,7 +313,7 @@ TEST_P(SFSJsonParser, CannotReadOtherTypes)
     }
     for (const char* wrong : {"\"200\"", "\"\"", "2147483648", "-2147483649", "1e30"})
     {
-        ExpectUnreadable(Object(With(GetParam().good, "result", wrong)));
+        ExpectUnreadable(Object(With(GetParam().good, GetParam().CodeKey(), wrong)));
     }
 }
 
@@ -316,9 +332,11 @@ TEST_P(SFSJsonParser, KeepsTheCodeWhenTheBodyIsNoJson)
 
 TEST_P(SFSJsonParser, SetsTheCodeWhenThereIsNoResult)
 {
-    for (const char* body : {"{}", R"({"result":null})", R"({"Result":200})"})
+    const std::string& key = GetParam().CodeKey();
+    for (const std::string& body : {std::string("{}"), "{\"" + key + "\":null}", "{\"" + key + "s\":200}",
+                                    std::string(R"({"Result":200,"Code":200})")})
     {
-        ExpectFailure(body, "get result error", 505);
+        ExpectFailure(body, GetParam().demands.front().failure, 505);
     }
     CSFSJsonHelper helper;
     Reply reply;
@@ -334,7 +352,7 @@ TEST_P(SFSJsonParser, CannotReadWhatIsNoObject)
         ExpectUnreadable(body);
     }
     ExpectUnreadable(std::string(5000, '['));
-    ExpectUnreadable(R"({"result":)" + std::string(5000, '[') + std::string(5000, ']') + "}");
+    ExpectUnreadable("{\"" + GetParam().CodeKey() + "\":" + std::string(5000, '[') + std::string(5000, ']') + "}");
 }
 
 TEST_P(SFSJsonParser, HandsOutTheServersCode)
@@ -344,7 +362,8 @@ TEST_P(SFSJsonParser, HandsOutTheServersCode)
     {
         CSFSJsonHelper helper;
         Reply reply;
-        EXPECT_EQ(GetParam().parse(helper, Object(With(GetParam().good, "result", text)), reply), 0) << text;
+        EXPECT_EQ(GetParam().parse(helper, Object(With(GetParam().good, GetParam().CodeKey(), text)), reply), 0)
+            << text;
         EXPECT_EQ(reply.code, code);
     }
 }
@@ -388,6 +407,37 @@ TEST_F(SFSJsonHelper, UploadReply)
     EXPECT_EQ(reply.fsize, 4294967295U);
     EXPECT_TRUE(Contains(LastDebugLine(), ", fkey=k1")) << LastDebugLine();
     EXPECT_TRUE(Contains(LastDebugLine(), ", fsize=4294967295")) << LastDebugLine();
+}
+
+TEST_F(SFSJsonHelper, ApiReply)
+{
+    EXPECT_EQ(ParseApi(helper, R"({"code":200,"fkey":"k1","ticket":"t1","fsize":4294967295,"msg":"fine"})", reply), 0);
+    EXPECT_EQ(reply.code, 200);
+    EXPECT_STREQ(reply.fkey, "k1");
+    EXPECT_STREQ(reply.ticket, "t1");
+    EXPECT_STREQ(reply.errorinfo, "fine");
+    EXPECT_TRUE(LastDebugLine().starts_with("json result: result=200")) << LastDebugLine();
+    EXPECT_TRUE(Contains(LastDebugLine(), ",  errorinfo=\"fine")) << LastDebugLine();
+}
+
+TEST_F(SFSJsonHelper, ApiReplyTakesNoOtherKeys)
+{
+    EXPECT_EQ(ParseApi(helper, R"({"result":200,"fkey":"k1","ticket":"t1","fsize":5,"errorinfo":""})", reply), 1);
+    EXPECT_STREQ(reply.failure, "get json code error");
+    EXPECT_EQ(ParseApi(helper, R"({"code":200,"fkey":"k1","ticket":"t1","fsize":5,"errorinfo":""})", reply), 1);
+    EXPECT_STREQ(reply.failure, "get errorinfo error");
+}
+
+TEST_F(SFSJsonHelper, ApiReplyWithAWrongSize)
+{
+    for (const char* wrong : {"\"5\"", "-1", "4294967296"})
+    {
+        EXPECT_EQ(ParseApi(helper,
+                           std::string(R"({"code":200,"fkey":"k","ticket":"t","msg":"","fsize":)") + wrong + "}",
+                           reply),
+                  1)
+            << wrong;
+    }
 }
 
 TEST_F(SFSJsonHelper, UploadReplyWithoutSizeHasNone)

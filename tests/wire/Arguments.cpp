@@ -56,6 +56,8 @@ ArgumentForm parseArgument(Scanner& scanner, const Variables& variables)
     {
         form.kind = Kind::OutWide;
         parseRoom(scanner, form);
+        if (scanner.accept("="))
+            form.text = expand(scanner.quoted(), variables);
     }
     else if (scanner.accept("bytes "))
     {
@@ -201,8 +203,14 @@ std::vector<ArgumentForm> parseArguments(std::string_view raw, const Variables& 
     return forms;
 }
 
-GuardedBuffer::GuardedBuffer(std::size_t size) : m_size(size), m_bytes(guard + size + guard, fill)
+GuardedBuffer::GuardedBuffer(std::size_t size, const std::wstring& before)
+    : m_size(size), m_bytes(guard + size + guard, fill)
 {
+    const std::size_t used = before.empty() ? 0 : (before.size() + 1) * sizeof(wchar_t);
+    if (used > size)
+        throw CaseError("a text does not fit into its room");
+    std::memcpy(data(), before.c_str(), used);
+    m_before = content();
 }
 
 bool GuardedBuffer::isGuardIntact() const
@@ -217,7 +225,7 @@ Arguments::Arguments(const std::vector<ArgumentForm>& forms)
     {
         Argument argument{form, support::toWide(form.text), std::nullopt, nullptr};
         if (form.kind == Kind::OutWide)
-            argument.memory.emplace(static_cast<std::size_t>(form.number) * sizeof(wchar_t));
+            argument.memory.emplace(static_cast<std::size_t>(form.number) * sizeof(wchar_t), argument.wideText);
         else if (form.kind == Kind::OutBytes)
             argument.memory.emplace(static_cast<std::size_t>(form.number));
         else if (form.kind == Kind::OutIds)
@@ -243,16 +251,21 @@ Arguments::Argument& Arguments::at(std::size_t index, Kind kind)
     return const_cast<Argument&>(std::as_const(*this).at(index, kind));
 }
 
+bool Arguments::isNull(std::size_t index) const
+{
+    return index < m_arguments.size() && m_arguments[index].form.kind == Kind::Null;
+}
+
 const wchar_t* Arguments::text(std::size_t index) const
 {
-    if (index < m_arguments.size() && m_arguments[index].form.kind == Kind::Null)
+    if (isNull(index))
         return nullptr;
     return at(index, Kind::Text).wideText.c_str();
 }
 
 const char* Arguments::bytes(std::size_t index) const
 {
-    if (index < m_arguments.size() && m_arguments[index].form.kind == Kind::Null)
+    if (isNull(index))
         return nullptr;
     return at(index, Kind::Text).form.text.c_str();
 }
@@ -264,25 +277,30 @@ const std::vector<std::string>& Arguments::texts(std::size_t index) const
 
 unsigned* Arguments::ids(std::size_t index)
 {
-    if (index < m_arguments.size() && m_arguments[index].form.kind == Kind::Null)
+    if (isNull(index))
         return nullptr;
     return static_cast<unsigned*>(at(index, Kind::OutIds).memory->data());
 }
 
 wchar_t* Arguments::wide(std::size_t index)
 {
-    if (index < m_arguments.size() && m_arguments[index].form.kind == Kind::Null)
+    if (isNull(index))
         return nullptr;
     return static_cast<wchar_t*>(at(index, Kind::OutWide).memory->data());
 }
 
 void* Arguments::buffer(std::size_t index)
 {
-    if (index < m_arguments.size() && m_arguments[index].form.kind == Kind::Null)
+    if (isNull(index))
         return nullptr;
     if (index < m_arguments.size() && m_arguments[index].form.kind == Kind::Data)
         return m_arguments[index].form.text.data();
     return at(index, Kind::OutBytes).memory->data();
+}
+
+std::size_t Arguments::room(std::size_t index) const
+{
+    return at(index, Kind::OutBytes).memory->content().size();
 }
 
 std::string Arguments::difference(const Argument& argument, const std::string* expected, const Variables& variables)

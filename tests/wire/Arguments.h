@@ -25,7 +25,7 @@ struct ArgumentForm
         Number,    ///< 17
         Data,      ///< data "bytes"
         OutNumber, ///< out name, or out name=17
-        OutWide,   ///< wide name[34]
+        OutWide,   ///< wide name[34], or wide name[34]="text"
         OutBytes,  ///< bytes name[10]
         OutIds,    ///< ids name[10]
         Texts,     ///< texts, or texts{"name", 3*"value"}
@@ -34,7 +34,7 @@ struct ArgumentForm
 
     Kind kind = Kind::Null;
     std::string name;
-    std::string text;
+    std::string text;     ///< also what a buffer holds before the call
     long long number = 0; ///< a number's value; a buffer's room
     std::string recordsKind;
     std::vector<std::string> keys; ///< of the records that the vector holds before the call; a vector's texts
@@ -54,11 +54,12 @@ enum class NumberKind
 class GuardedBuffer
 {
 public:
-    explicit GuardedBuffer(std::size_t size);
+    /// @param before a text that it holds at the start
+    explicit GuardedBuffer(std::size_t size, const std::wstring& before = {});
 
     void* data() { return m_bytes.data() + guard; }
     std::string_view content() const { return std::string_view(m_bytes).substr(guard, m_size); }
-    bool isUnchanged() const { return content() == std::string(m_size, fill); }
+    bool isUnchanged() const { return content() == m_before; }
     bool isGuardIntact() const;
 
     static constexpr char fill = '\xA5';
@@ -68,6 +69,7 @@ private:
 
     std::size_t m_size;
     std::string m_bytes;
+    std::string m_before; ///< the content at the start
 };
 
 /// The arguments of one call: what it is given, and afterwards what it has written.
@@ -78,12 +80,14 @@ public:
 
     std::size_t count() const { return m_arguments.size(); }
 
+    bool isNull(std::size_t index) const;
     const wchar_t* text(std::size_t index) const;
     const char* bytes(std::size_t index) const; ///< of a text, as they are
     const std::vector<std::string>& texts(std::size_t index) const;
     unsigned* ids(std::size_t index);
     wchar_t* wide(std::size_t index);
     void* buffer(std::size_t index);
+    std::size_t room(std::size_t index) const; ///< bytes of a buffer
 
     template <typename Number>
     Number number(std::size_t index) const

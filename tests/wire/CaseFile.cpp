@@ -119,6 +119,8 @@ public:
             m_exchange.byteByByte = true;
         else if (directive == "reset")
             m_exchange.ending = support::Exchange::Ending::Reset;
+        else if (directive == "hold")
+            m_exchange.ending = support::Exchange::Ending::Hold;
         else if (directive == "early")
             m_exchange.bodyBytesBeforeReply = number<std::size_t>(rest);
         else

@@ -35,11 +35,19 @@ inline std::string shown(const wchar_t* result)
     return result == nullptr ? "null" : "\"" + support::toUtf8(result) + "\"";
 }
 
+/// A time-out among a client's arguments; without one there is no limit.
+inline int timeout(const Arguments& arguments, std::size_t index)
+{
+    return index < arguments.count() ? arguments.number<int>(index) : 0;
+}
+
 std::unique_ptr<Client> makeNetDisk(const Arguments& arguments);
 std::unique_ptr<Client> makeSearch(const Arguments& arguments);
 std::unique_ptr<Client> makeStorage(const Arguments& arguments);
+std::unique_ptr<Client> makeStorage2(const Arguments& arguments);
+std::unique_ptr<Client> makeStorage3(const Arguments& arguments);
 
-/// @param kind which class: "netdisk", "search", "storage"
+/// @param kind which class: "netdisk", "search", "storage", "storage2", "storage3"
 std::unique_ptr<Client> makeClient(const std::string& kind, const Arguments& arguments);
 
 } // namespace wire

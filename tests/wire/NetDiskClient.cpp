@@ -196,6 +196,10 @@ std::unique_ptr<Client> makeClient(const std::string& kind, const Arguments& arg
         return makeSearch(arguments);
     if (kind == "storage")
         return makeStorage(arguments);
+    if (kind == "storage2")
+        return makeStorage2(arguments);
+    if (kind == "storage3")
+        return makeStorage3(arguments);
     throw CaseError("unknown client " + kind);
 }
 

@@ -1,10 +1,10 @@
 #include <ferrolink/log.h>
 
+#include "Immortal.h"
 #include "LineFile.h"
 
 #include <atomic>
 #include <mutex>
-#include <new>
 
 namespace
 {
@@ -63,12 +63,9 @@ private:
     bool m_inCallback = false;
 };
 
-/// Never destroyed: other modules may log until the process has ended, after this one's own end.
 Destination& TheDestination() noexcept
 {
-    alignas(Destination) static unsigned char room[sizeof(Destination)];
-    static auto* const destination = new (room) Destination;
-    return *destination;
+    return ferrolink::Immortal<Destination>();
 }
 
 } // namespace
