@@ -82,10 +82,10 @@ private:
             auto length = static_cast<unsigned long>(std::min<std::uint64_t>(block.size(), m_remote.size - position));
             const int result = m_source.fetchRange(static_cast<unsigned long>(position), block.data(), length);
             if (result != 0)
-                throw Failure(m_what, result,
-                              SizeText(position) + (total ? " of " + SizeText(*total) : "") +
-                                  " are here, and the same command goes on from there",
-                              m_source.transport);
+            {
+                file.close();
+                throw Interrupted(result, position, total);
+            }
             if (length == 0 && !total)
                 return;
             if (length == 0)
@@ -96,6 +96,20 @@ private:
             position += length;
             progress.Show(position);
         }
+    }
+
+    /// Leaves no part in which there is nothing.
+    Failure Interrupted(int result, std::uint64_t position, std::optional<std::uint64_t> total) const
+    {
+        if (position == 0)
+        {
+            Discard();
+            return {m_what, result, {}, m_source.transport};
+        }
+        return {m_what, result,
+                SizeText(position) + (total ? " of " + SizeText(*total) : "") +
+                    " are here, and the same command goes on from there",
+                m_source.transport};
     }
 
     const DownloadSource& m_source;

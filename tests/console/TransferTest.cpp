@@ -330,6 +330,13 @@ TEST_F(Transfer, FetchesAFileOfUnknownSizeToItsEnd)
     EXPECT_FALSE(download.verified);
 }
 
+TEST_F(Transfer, LeavesNothingOfAFileThatIsRefusedFromTheStart)
+{
+    m_rangesUntilFailure = 0;
+    EXPECT_THROW(Download(RangesOfUnknown(), m_folder / "fetched", m_options), Failure);
+    EXPECT_FALSE(std::filesystem::exists(m_folder / "fetched.key.part"));
+}
+
 TEST_F(Transfer, FetchesTheRestOfAFileOfUnknownSize)
 {
     const std::filesystem::path place = m_folder / "fetched";

@@ -289,7 +289,9 @@ TEST_P(DepotGenerations, AnswersAreOfOneShape)
 
 TEST_P(DepotGenerations, MissingFileIsRefused)
 {
-    EXPECT_EQ(Refused(In(GetParam(), {"get", "0123456789abcdef0123456789abcdef"})), 404);
+    const std::filesystem::path out = MakeFolder("out");
+    EXPECT_EQ(Refused(In(GetParam(), {"get", "0123456789abcdef0123456789abcdef", "--out", out.string()})), 404);
+    EXPECT_TRUE(std::filesystem::is_empty(out));
 }
 
 TEST_P(DepotGenerations, KilledUploadGoesOnWhereItWas)
