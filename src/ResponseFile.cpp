@@ -17,10 +17,6 @@ namespace quorvex
 using Platform::File;
 using Platform::Request;
 
-namespace
-{
-
-/// @param read how many bytes were read for this piece
 int WritePiece(const File& file, const char* data, std::size_t size, std::uint32_t read, std::uint32_t& written)
 {
     const auto count = static_cast<std::uint32_t>(size);
@@ -32,6 +28,9 @@ int WritePiece(const File& file, const char* data, std::size_t size, std::uint32
     }
     return Result::Ok;
 }
+
+namespace
+{
 
 int WriteFilePlain(Request& request, const File& file)
 {

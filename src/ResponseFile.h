@@ -2,6 +2,7 @@
 
 #include "Platform/File.h"
 
+#include <cstddef>
 #include <cstdint>
 
 namespace quorvex
@@ -11,6 +12,13 @@ namespace Platform
 {
 class Request;
 }
+
+/// Writes a piece of a download.
+/// @param read    how many bytes were read for this piece, for the log
+/// @param written receives how many were written
+/// @return 0, or -107 when not all of it could be written
+int WritePiece(const Platform::File& file, const char* data, std::size_t size, std::uint32_t read,
+               std::uint32_t& written);
 
 /// Where the downloads of the services differ.
 struct DownloadRules

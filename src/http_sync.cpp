@@ -86,6 +86,10 @@ int RequestDispatcher::Perform(__frl_stru_handle__* session, const SyncRequest& 
     {
         waiter.done.Wait();
     }
+    if (waiter.isOutOfMemory)
+    {
+        throw std::bad_alloc();
+    }
     return result;
 }
 
@@ -128,16 +132,22 @@ void RequestDispatcher::Start(const PendingRequest& pending) const
         Complete(*pending.waiter, FRL_HTTP_FAILED, 0, {});
         return;
     }
-    if (*what.cookie != L'\0')
+    if (*what.cookie != L'\0' && frl_http_request_add_cookie(request, what.cookie) != 0)
     {
-        frl_http_request_add_cookie(request, what.cookie);
+        LOG_ERROR(L"frl_http_request_add_cookie error");
     }
-    frl_http_request_set_timeouts(request, m_timeouts.resolve, m_timeouts.connect, m_timeouts.send, m_timeouts.receive);
+    if (frl_http_request_set_timeouts(request, m_timeouts.resolve, m_timeouts.connect, m_timeouts.send,
+                                      m_timeouts.receive) != 0)
+    {
+        LOG_ERROR(L"frl_http_request_set_timeouts error");
+    }
     const int result =
         frl_http_request_perform(request, what.body.data(), what.body.size(), OnCompleted, pending.waiter);
     if (result != 0)
     {
-        Complete(*pending.waiter, result, 0, {});
+        // What perform returns is none of the results that a request ends with.
+        LOG_ERROR(L"frl_http_request_perform error, return " << result);
+        Complete(*pending.waiter, FRL_HTTP_FAILED, 0, {});
     }
 }
 
@@ -169,7 +179,9 @@ void RequestDispatcher::Complete(Waiter& waiter, int result, int code, std::stri
     }
     catch (const std::bad_alloc&)
     {
-        answer.result = FRL_HTTP_FAILED;
+        // The waiting thread raises it again.
+        answer.body.clear();
+        waiter.isOutOfMemory = true;
     }
     if (answer.result == FRL_HTTP_COMPLETED && answer.code <= kLastGoodCode)
     {

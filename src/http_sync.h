@@ -65,6 +65,7 @@ public:
     /// @param session null stands for a session that has been closed
     /// @param answer  receives how it ended
     /// @return 0 when the request was made, however it ended; -1 when it was not
+    /// @throw std::bad_alloc when there was no memory for the answer's body
     int Perform(__frl_stru_handle__* session, const SyncRequest& request, SyncAnswer* answer);
 
 private:
@@ -73,6 +74,7 @@ private:
     {
         Platform::Event done;
         SyncAnswer* answer;
+        bool isOutOfMemory = false;
     };
 
     struct PendingRequest

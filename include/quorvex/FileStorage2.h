@@ -17,8 +17,6 @@ namespace quorvex
 {
 
 class RequestDispatcher;
-struct SyncRequest;
-struct SyncAnswer;
 
 /// The client of the shared file storage, second generation: pictures and the depot of the first, over the host's own
 /// HTTP session service.
@@ -55,7 +53,8 @@ public:
     CFileStorage2(const CFileStorage2&) = delete;
     CFileStorage2& operator=(const CFileStorage2&) = delete;
 
-    /// Closes the session. A request that is under way ends with a failure, and every operation after that with -1.
+    /// Closes the session. A request that is under way ends with a failure, and every one after that is refused with
+    /// -1.
     void exit();
 
     /// @name Login

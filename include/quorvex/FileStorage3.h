@@ -54,7 +54,8 @@ public:
     CFileStorage3(const CFileStorage3&) = delete;
     CFileStorage3& operator=(const CFileStorage3&) = delete;
 
-    /// Closes the session. A request that is under way ends with a failure, and every operation after that with -1.
+    /// Closes the session. A request that is under way ends with a failure, and every one after that is refused with
+    /// -1.
     void exit();
 
     /// Takes another cookie; nothing is sent.
@@ -127,7 +128,7 @@ public:
     /// @{
 
     /// Makes a buffer.
-    /// @param buffer receives it; left as it was when there is no memory
+    /// @param buffer receives it, and so is not null; left as it was when there is no memory
     /// @param size   its bytes; one more, a zero, stands behind them
     /// @return 0; 1 there is no memory
     int getBuffer(void** buffer, unsigned long size) const;

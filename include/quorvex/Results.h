@@ -2,9 +2,10 @@
 #define QUORVEX_RESULTS_H
 
 /// @file
-/// What the operations return: 0 is success, a negative value is one of the module's own failures below or zlib's code
-/// for a damaged compressed body (-2 to -5), and a positive one comes from the other side: an HTTP status (403, 404,
-/// 500 ...), a service's own result code, or 1 for an answer that could not be understood.
+/// What the operations return: 0 is success; a negative value is one of the module's own failures below, zlib's code
+/// for a damaged compressed body (-2 to -5), or, in the second and third storage generation, the result of the host's
+/// HTTP session service; and a positive one comes from the other side: an HTTP status (403, 404, 500 ...), a service's
+/// own result code, or 1 for an answer that could not be understood.
 
 namespace quorvex
 {

@@ -7,6 +7,7 @@
 #include "../NoThrow.h"
 #include "../ObjectPath.h"
 #include "../Platform/LastError.h"
+#include "../ResponseFile.h"
 #include "SFSJsonHelper.h"
 #include "SFSReplies.h"
 #include "SyncExchange.h"
@@ -31,8 +32,9 @@ std::wstring Url(const wchar_t* server, const wchar_t* path)
 }
 
 /// Reads a whole file behind what the body has already.
+/// @param roomBehind bytes that will follow the file
 /// @return 0 or -120
-int AppendFile(const UploadPath& path, std::string& body)
+int AppendFile(const UploadPath& path, std::string& body, std::size_t roomBehind)
 {
     File file;
     std::uint64_t size = 0;
@@ -46,6 +48,13 @@ int AppendFile(const UploadPath& path, std::string& body)
         return Result::LocalFileFailed;
     }
     const std::size_t start = body.size();
+    if (size > body.max_size() - start - roomBehind)
+    {
+        Platform::SetLastError(Platform::kFileTooLarge);
+        LOG_LAST_ERROR();
+        return Result::LocalFileFailed;
+    }
+    body.reserve(start + static_cast<std::size_t>(size) + roomBehind);
     body.resize(start + static_cast<std::size_t>(size));
     for (std::size_t filled = start; filled < body.size();)
     {
@@ -89,13 +98,13 @@ int WriteDownload(const wchar_t* folder, const wchar_t* localName, std::string_v
         static constexpr std::size_t kLargestWrite = 0x10000000;
         const auto size = static_cast<std::uint32_t>(std::min(content.size(), kLargestWrite));
         std::uint32_t written = 0;
-        if (!file.Write(content.data(), size, written) || written != size)
+        if (const int result = WritePiece(file, content.data(), size, size, written); result != Result::Ok)
         {
-            LOG_LAST_ERROR();
-            return Result::TransferFailed;
+            return result;
         }
         content.remove_prefix(size);
     }
+    CloseLocalFile(file);
     return Result::Ok;
 }
 
@@ -205,11 +214,12 @@ int CFileStorage2::FileUploadInternal(__frl_stru_handle__* handle, const wchar_t
 
         const std::string boundary = BoundaryToken();
         std::string body = Multipart::UploadHead(boundary, name.view());
-        if (const int result = AppendFile(localPath, body); result != Result::Ok)
+        const std::string tail = Multipart::Tail(boundary);
+        if (const int result = AppendFile(localPath, body, tail.size()); result != Result::Ok)
         {
             return result;
         }
-        body += Multipart::Tail(boundary);
+        body += tail;
 
         const std::wstring url = Url(server, path);
         const std::wstring header = Multipart::FormContentType(boundary);

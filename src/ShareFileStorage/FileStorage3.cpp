@@ -221,7 +221,7 @@ int CFileStorage3::Bufferdownload(const wchar_t* first, const wchar_t* second, u
 
 int CFileStorage3::getBuffer(void** buffer, unsigned long size) const
 {
-    if (size < std::numeric_limits<std::size_t>::max())
+    if (size < std::numeric_limits<std::ptrdiff_t>::max())
     {
         const std::size_t roomSize = std::size_t{size} + 1;
         if (auto* const room = new (std::nothrow) char[roomSize]; room != nullptr)

@@ -10,8 +10,11 @@
 
 #include <algorithm>
 #include <atomic>
+#include <condition_variable>
 #include <future>
 #include <memory>
+#include <mutex>
+#include <set>
 #include <thread>
 #include <vector>
 
@@ -633,57 +636,62 @@ public:
     }
 };
 
-/// Counts the handles of WinHTTP that the library opens and closes.
-class HandleCount
+/// Books the handles of WinHTTP that the library opens and closes; those that it had before are none of this book's.
+class HandleBook
 {
 public:
-    HandleCount()
+    HandleBook()
     {
-        openNow = 0;
-        openedSoFar = 0;
+        opened.clear();
+        openedInAll = 0;
     }
 
     /// WinHTTP may need a while to let go of a request whose session was closed.
-    static void waitUntilNoneIsOpen()
+    /// @return how many there were in all
+    static int waitUntilNoneIsOpen()
     {
-        for (int now = openNow; now != 0; now = openNow)
-            openNow.wait(now);
+        std::unique_lock lock(mutex);
+        allClosed.wait(lock, [] { return opened.empty(); });
+        return openedInAll;
     }
-    static int openedInAll() { return openedSoFar; }
 
 private:
-    static inline std::atomic<int> openNow{0};
-    static inline std::atomic<int> openedSoFar{0};
+    static inline std::mutex mutex;
+    static inline std::condition_variable allClosed;
+    static inline std::set<HINTERNET> opened;
+    static inline int openedInAll = 0;
 
-    static HINTERNET counted(HINTERNET handle)
+    static HINTERNET booked(HINTERNET handle)
     {
-        if (handle != nullptr)
-        {
-            ++openNow;
-            ++openedSoFar;
-        }
+        const std::lock_guard lock(mutex);
+        if (handle != nullptr && opened.insert(handle).second)
+            ++openedInAll;
         return handle;
     }
 
     static HINTERNET WINAPI open(LPCWSTR agent, DWORD type, LPCWSTR proxy, LPCWSTR bypass, DWORD flags)
     {
-        return counted(WinHttpOpen(agent, type, proxy, bypass, flags));
+        return booked(WinHttpOpen(agent, type, proxy, bypass, flags));
     }
     static HINTERNET WINAPI connect(HINTERNET session, LPCWSTR host, INTERNET_PORT port, DWORD reserved)
     {
-        return counted(WinHttpConnect(session, host, port, reserved));
+        return booked(WinHttpConnect(session, host, port, reserved));
     }
     static HINTERNET WINAPI openRequest(HINTERNET connection, LPCWSTR verb, LPCWSTR object, LPCWSTR version,
                                         LPCWSTR referrer, LPCWSTR* types, DWORD flags)
     {
-        return counted(WinHttpOpenRequest(connection, verb, object, version, referrer, types, flags));
+        return booked(WinHttpOpenRequest(connection, verb, object, version, referrer, types, flags));
     }
     static BOOL WINAPI close(HINTERNET handle)
     {
+        {
+            // Before the call, which makes the number free for another thread's handle.
+            const std::lock_guard lock(mutex);
+            opened.erase(handle);
+        }
+        allClosed.notify_all();
         const BOOL isClosed = WinHttpCloseHandle(handle);
         EXPECT_TRUE(isClosed);
-        --openNow;
-        openNow.notify_all();
         return isClosed;
     }
 
@@ -701,7 +709,7 @@ TEST(FerrolinkHttp, EveryHandleIsClosedHoweverARequestEnds)
                                             : echo(request);
     });
     const support::RefusingPort port;
-    const HandleCount handles;
+    const HandleBook handles;
     constexpr int rounds = 5;
     {
         Session session;
@@ -723,8 +731,7 @@ TEST(FerrolinkHttp, EveryHandleIsClosedHoweverARequestEnds)
         session.close();
         EXPECT_EQ(outcome.get().result, int{FRL_HTTP_CLOSED});
     }
-    HandleCount::waitUntilNoneIsOpen();
-    EXPECT_EQ(HandleCount::openedInAll(), 1 + 2 * (rounds * 6 + 1));
+    EXPECT_EQ(HandleBook::waitUntilNoneIsOpen(), 1 + 2 * (rounds * 6 + 1));
 }
 
 template <typename Function>

@@ -483,7 +483,8 @@ TEST_F(HttpSync, WhatCannotBePerformedFails)
     EXPECT_EQ(answer.result, FRL_HTTP_FAILED);
     EXPECT_EQ(answer.code, 0);
     EXPECT_EQ(answer.body, "");
-    EXPECT_EQ(log.messages("ERROR"), Texts{"_sync_cb result=-1 code=0 body=\"\""});
+    EXPECT_EQ(log.messages("ERROR"),
+              (Texts{"frl_http_request_perform error, return -1", "_sync_cb result=-1 code=0 body=\"\""}));
 }
 
 TEST_F(HttpSync, NobodyListens)

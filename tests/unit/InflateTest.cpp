@@ -1,10 +1,13 @@
 #include "Inflate.h"
 
 #include "support/LogCapture.h"
+#include "support/SystemCalls.h"
 
 #include <gtest/gtest.h>
 #include <zlib.h>
 
+#include <algorithm>
+#include <new>
 #include <string>
 #include <vector>
 
@@ -46,6 +49,33 @@ std::string Noise(std::size_t size)
         character = static_cast<char>(state >> 24U);
     }
     return text;
+}
+
+/// Fails each allocation of an action in turn.
+/// @return what the action gave each time, but for those times when it threw
+template <class Action>
+std::vector<int> WithoutMemory(Action action)
+{
+    std::vector<int> results;
+    // The pieces of the module are linked into this program, so it is its own calls that fail.
+    support::SystemCalls calls(nullptr);
+    for (unsigned failing = 1;; ++failing)
+    {
+        const unsigned before = calls.calls("malloc");
+        calls.fail("malloc", failing, ERROR_NOT_ENOUGH_MEMORY);
+        try
+        {
+            const int result = action();
+            if (calls.calls("malloc") - before < failing)
+            {
+                return results;
+            }
+            results.push_back(result);
+        }
+        catch (const std::bad_alloc&)
+        {
+        }
+    }
 }
 
 } // namespace
@@ -144,4 +174,26 @@ TEST(Inflate, EveryCutOfABodyEndsInSomeResult)
         const int result = InflateToString(out, std::span(whole).first(length), kEncodingGzip);
         EXPECT_TRUE(result == 0 || result == Z_BUF_ERROR) << length << " " << result;
     }
+}
+
+TEST(Inflate, SettingUpWithoutMemoryIsTold)
+{
+    for (const std::uint32_t encoding : {kEncodingGzip, kEncodingDeflate})
+    {
+        const std::vector<int> results = WithoutMemory([&] { return Inflater(encoding).InitResult(); });
+        EXPECT_EQ(std::ranges::count(results, Z_MEM_ERROR), 1) << encoding;
+    }
+}
+
+TEST(Inflate, ABodyWhoseInflaterCannotBeSetUpFailsInItsFirstStep)
+{
+    const support::LogCapture log(8);
+    const std::string whole = Deflated("text", kGzipWrapper);
+    const std::vector<int> results = WithoutMemory([&] {
+        std::string out;
+        return InflateToString(out, whole, kEncodingGzip);
+    });
+    EXPECT_EQ(std::ranges::count(results, Z_STREAM_ERROR), 1);
+    const std::vector<std::string> lines = log.messages("ERROR");
+    EXPECT_EQ(std::ranges::count(lines, "GetResponse() inflate() last return is not Z_STREAM_END, ret=-2"), 1);
 }

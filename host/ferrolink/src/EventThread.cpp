@@ -4,13 +4,22 @@
 #include "Immortal.h"
 
 #include <algorithm>
+#include <array>
 #include <chrono>
 #include <utility>
 
 namespace ferrolink
 {
 
-/// One registered event. As a task it is a signal that the thread pool has seen.
+namespace
+{
+
+// One place is for waking the thread.
+constexpr std::size_t kMostEvents = MAXIMUM_WAIT_OBJECTS - 1;
+
+} // namespace
+
+/// One registered event. As a task it is a signal that a further watcher has seen.
 class EventThread::Registration final : public EventTask
 {
 public:
@@ -26,8 +35,7 @@ public:
     frl_event_callback m_callback;
     void* m_context;
     void* m_name;
-    HANDLE m_poolWait = nullptr;
-    __frl_stru_handle__* m_poolName = nullptr;
+    Watcher* m_watcher = nullptr;
     bool m_isQueued = false;
     bool m_isRemoved = false;
 };
@@ -37,50 +45,84 @@ EventThread& EventThread::Get() noexcept
     return Immortal<EventThread>();
 }
 
+int EventThread::Watcher::Start(LPTHREAD_START_ROUTINE main) noexcept
+{
+    if (!wake)
+        wake.reset(CreateEventW(nullptr, FALSE, FALSE, nullptr));
+    if (wake)
+        thread.reset(CreateThread(nullptr, 0, main, this, 0, &threadId));
+    return thread ? 0 : static_cast<int>(GetLastError());
+}
+
+void EventThread::Watcher::Wake() const noexcept
+{
+    if (isWaiting)
+        SetEvent(wake.get());
+}
+
 int EventThread::Start() noexcept
 {
     const std::lock_guard lock(m_mutex);
-    if (m_thread)
+    if (m_main.thread)
         return 0;
     HMODULE self = nullptr;
     if (!GetModuleHandleExW(GET_MODULE_HANDLE_EX_FLAG_FROM_ADDRESS | GET_MODULE_HANDLE_EX_FLAG_PIN,
-                            reinterpret_cast<const wchar_t*>(&ThreadMain), &self))
+                            reinterpret_cast<const wchar_t*>(&RunEventThread), &self))
         return static_cast<int>(GetLastError());
-    if (!m_wake)
-        m_wake.reset(CreateEventW(nullptr, FALSE, FALSE, nullptr));
-    if (!m_wake)
-        return static_cast<int>(GetLastError());
-    m_thread.reset(CreateThread(nullptr, 0, ThreadMain, this, 0, &m_threadId));
-    return m_thread ? 0 : static_cast<int>(GetLastError());
+    return m_main.Start(RunEventThread);
 }
 
-DWORD WINAPI EventThread::ThreadMain(void* self) noexcept
+DWORD WINAPI EventThread::RunEventThread(void* watcher) noexcept
 {
-    static_cast<EventThread*>(self)->Loop();
-}
-
-void EventThread::Loop() noexcept
-{
+    EventThread& self = Get();
     for (;;)
     {
-        RunTasks();
-        const DWORD place = WaitForSignals();
-        std::shared_ptr<Registration> signalled;
-        {
-            const std::lock_guard lock(m_mutex);
-            m_isWaiting = false;
-            ++m_waits;
-            if (m_removers != 0)
-                m_left.notify_all();
-            if (place >= m_direct.size())
-                continue;
-            // The system prefers the first of several, so whoever has had its turn goes last.
-            const auto at = m_direct.begin() + static_cast<std::ptrdiff_t>(place);
-            std::rotate(at, at + 1, m_direct.end());
-            signalled = m_direct.back();
-        }
-        Call(*signalled);
+        self.RunTasks();
+        if (const auto registration = self.NextSignal(*static_cast<Watcher*>(watcher)))
+            self.Call(*registration);
     }
+}
+
+DWORD WINAPI EventThread::RunFurtherWatcher(void* watcher) noexcept
+{
+    EventThread& self = Get();
+    for (;;)
+    {
+        if (auto registration = self.NextSignal(*static_cast<Watcher*>(watcher)))
+            self.EnqueueSignal(std::move(registration));
+    }
+}
+
+/// Waits.
+/// @return the event that was signalled; null when it was something else
+std::shared_ptr<EventThread::Registration> EventThread::NextSignal(Watcher& watcher) noexcept
+{
+    std::array<HANDLE, MAXIMUM_WAIT_OBJECTS> handles{};
+    DWORD count = 0;
+    DWORD limit = INFINITE;
+    {
+        const std::lock_guard lock(m_mutex);
+        std::erase_if(watcher.events, [](const auto& registration) { return registration->m_isRemoved; });
+        for (const auto& registration : watcher.events)
+            handles[count++] = registration->m_event.get();
+        watcher.isWaiting = true;
+        if (&watcher == &m_main && m_first)
+            limit = 0;
+    }
+    handles[count] = watcher.wake.get();
+    const DWORD place = WaitForMultipleObjects(count + 1, handles.data(), FALSE, limit);
+
+    const std::lock_guard lock(m_mutex);
+    watcher.isWaiting = false;
+    ++watcher.waits;
+    if (m_removers != 0)
+        m_left.notify_all();
+    if (place >= count)
+        return nullptr;
+    // The system prefers the first of several, so whoever has had its turn goes last.
+    const auto at = watcher.events.begin() + static_cast<std::ptrdiff_t>(place);
+    std::rotate(at, at + 1, watcher.events.end());
+    return watcher.events.back();
 }
 
 /// Runs what is queued by now, and not what is queued meanwhile: events get their turn in between.
@@ -94,30 +136,11 @@ void EventThread::RunTasks() noexcept
     }
     while (task)
     {
+        // Taken out first: a task may be queued again as soon as it runs.
         const std::shared_ptr<EventTask> next = std::move(task->m_next);
         task->Run();
         task = next;
     }
-}
-
-/// @return the signalled event's place in m_direct, or any higher number when it was something else
-DWORD EventThread::WaitForSignals() noexcept
-{
-    std::array<HANDLE, MAXIMUM_WAIT_OBJECTS> handles{};
-    DWORD count = 0;
-    DWORD limit = INFINITE;
-    {
-        const std::lock_guard lock(m_mutex);
-        std::erase_if(m_direct, [](const auto& registration) { return registration->m_isRemoved; });
-        for (const auto& registration : m_direct)
-            handles[count++] = registration->m_event.get();
-        m_isWaiting = true;
-        if (m_first)
-            limit = 0;
-    }
-    handles[count] = m_wake.get();
-    const DWORD place = WaitForMultipleObjects(count + 1, handles.data(), FALSE, limit);
-    return place < count ? place : MAXIMUM_WAIT_OBJECTS;
 }
 
 void EventThread::Call(Registration& registration) noexcept
@@ -147,20 +170,14 @@ void EventThread::Enqueue(std::shared_ptr<EventTask> task) noexcept
     EventTask* const last = task.get();
     (m_last != nullptr ? m_last->m_next : m_first) = std::move(task);
     m_last = last;
-    if (m_isWaiting)
-        SetEvent(m_wake.get());
+    m_main.Wake();
 }
 
-/// Systems differ in whether a signal may still come through after its wait has ended; by its name it is recognised.
-void CALLBACK EventThread::OnPoolSignal(void* name, BOOLEAN /*timedOut*/) noexcept
+void EventThread::EnqueueSignal(std::shared_ptr<Registration> registration) noexcept
 {
-    EventThread& thread = Get();
-    auto registration = thread.m_pooled.Find(static_cast<__frl_stru_handle__*>(name));
-    if (!registration)
-        return;
-    const std::lock_guard lock(thread.m_mutex);
+    const std::lock_guard lock(m_mutex);
     if (!std::exchange(registration->m_isQueued, true))
-        thread.Enqueue(std::move(registration));
+        Enqueue(std::move(registration));
 }
 
 int EventThread::Add(void* event, frl_event_callback callback, void* context)
@@ -169,38 +186,41 @@ int EventThread::Add(void* event, frl_event_callback callback, void* context)
         return ERROR_INVALID_PARAMETER;
     if (const int error = Start(); error != 0)
         return error;
-    const HANDLE process = GetCurrentProcess();
+    auto* const process = GetCurrentProcess();
     HANDLE own = nullptr;
     if (!DuplicateHandle(process, event, process, &own, SYNCHRONIZE, FALSE, 0))
         return static_cast<int>(GetLastError());
     const auto registration = std::make_shared<Registration>(KernelHandle(own), callback, context, event);
 
     const std::lock_guard lock(m_mutex);
-    const auto [place, isNew] = m_registrations.emplace(event, registration);
-    if (!isNew)
+    if (m_registrations.contains(event))
         return ERROR_ALREADY_EXISTS;
-    const int error = Guarded<int>(ERROR_NOT_ENOUGH_MEMORY, [&] { return Watch(registration); });
-    if (error != 0)
-        m_registrations.erase(place);
-    return error;
+    Watcher* const watcher = WatcherWithRoom();
+    if (watcher == nullptr)
+        return static_cast<int>(GetLastError());
+    watcher->events.reserve(kMostEvents);
+    m_registrations.emplace(event, registration);
+    registration->m_watcher = watcher;
+    watcher->events.push_back(registration);
+    watcher->Wake();
+    return 0;
 }
 
-int EventThread::Watch(const std::shared_ptr<Registration>& registration)
+/// @return null when the system refuses another thread
+EventThread::Watcher* EventThread::WatcherWithRoom()
 {
-    if (m_direct.size() < kMostDirect)
-    {
-        m_direct.push_back(registration);
-        if (m_isWaiting)
-            SetEvent(m_wake.get());
-        return 0;
-    }
-    registration->m_poolName = m_pooled.Insert(registration);
-    if (RegisterWaitForSingleObject(&registration->m_poolWait, registration->m_event.get(), OnPoolSignal,
-                                    registration->m_poolName, INFINITE, WT_EXECUTEINWAITTHREAD))
-        return 0;
-    const DWORD error = GetLastError();
-    m_pooled.Take(registration->m_poolName);
-    return static_cast<int>(error);
+    const auto hasRoom = [](const Watcher& watcher) { return watcher.events.size() < kMostEvents; };
+    if (hasRoom(m_main))
+        return &m_main;
+    const auto place = std::ranges::find_if(m_further, [&](const auto& watcher) { return hasRoom(*watcher); });
+    if (place != m_further.end())
+        return place->get();
+    auto watcher = std::make_unique<Watcher>();
+    m_further.reserve(m_further.size() + 1);
+    if (watcher->Start(RunFurtherWatcher) != 0)
+        return nullptr;
+    m_further.push_back(std::move(watcher));
+    return m_further.back().get();
 }
 
 int EventThread::Remove(void* event) noexcept
@@ -212,30 +232,26 @@ int EventThread::Remove(void* event) noexcept
     const std::shared_ptr<Registration> registration = std::move(place->second);
     m_registrations.erase(place);
     registration->m_isRemoved = true;
-    if (registration->m_poolWait != nullptr)
-    {
-        lock.unlock();
-        m_pooled.Take(registration->m_poolName);
-        UnregisterWaitEx(registration->m_poolWait, INVALID_HANDLE_VALUE);
-        lock.lock();
-    }
-    if (GetCurrentThreadId() != m_threadId)
-        WaitUntilLeft(*registration, lock);
+    WaitUntilLeft(*registration, lock);
     return 0;
 }
 
-/// Waits until the thread neither waits for the event, whose signals are its owner's again, nor runs the callback.
-/// Other callbacks are not waited for.
+/// Waits until no thread waits for the event, whose signals are its owner's again, nor runs its callback. Other
+/// callbacks are not waited for.
 void EventThread::WaitUntilLeft(const Registration& registration, std::unique_lock<std::mutex>& lock) noexcept
 {
-    const std::uint64_t waits = m_waits;
-    const bool isAwaited = m_isWaiting && registration.m_poolWait == nullptr;
-    if (isAwaited)
-        SetEvent(m_wake.get());
-    const auto isLeft = [&] { return (!isAwaited || m_waits != waits) && m_running != registration.m_name; };
+    const Watcher& watcher = *registration.m_watcher;
+    const std::uint64_t waits = watcher.waits;
+    const bool isAwaited = watcher.isWaiting;
+    const bool isOwnThread = GetCurrentThreadId() == m_main.threadId;
+    const auto isLeft = [&] {
+        return (!isAwaited || watcher.waits != waits) && (isOwnThread || m_running != registration.m_name);
+    };
+    watcher.Wake();
     ++m_removers;
     // A process that ends kills its threads first; whoever cleans up after that must not wait for a dead one.
-    while (!m_left.wait_for(lock, std::chrono::seconds(1), isLeft) && IsThreadAlive())
+    while (!m_left.wait_for(lock, std::chrono::seconds(1), isLeft) &&
+           WaitForSingleObject(m_main.thread.get(), 0) == WAIT_TIMEOUT)
     {
     }
     --m_removers;

@@ -3,10 +3,8 @@
 
 #include <ferrolink/event.h>
 
-#include "HandleTable.h"
 #include "Handles.h"
 
-#include <array>
 #include <condition_variable>
 #include <cstddef>
 #include <cstdint>
@@ -38,15 +36,15 @@ private:
 
 /// The event thread, with what is queued for it and the events it watches.
 ///
-/// The system waits for 64 objects at a time. The thread waits for its first events itself, which wakes it by the
-/// shortest way; any further ones are watched by the system's thread pool, which queues their signals here.
+/// The system waits for 64 objects at a time. The thread waits for the first events itself, which wakes it by the
+/// shortest way; any further ones have threads that only wait, and queue the signals that they see.
 class EventThread
 {
 public:
     /// The only one.
     static EventThread& Get() noexcept;
 
-    EventThread() { m_direct.reserve(kMostDirect); }
+    EventThread() = default;
     ~EventThread() = default;
 
     EventThread(const EventThread&) = delete;
@@ -69,38 +67,42 @@ public:
 private:
     class Registration;
 
-    static DWORD WINAPI ThreadMain(void* self) noexcept;
-    static void CALLBACK OnPoolSignal(void* name, BOOLEAN timedOut) noexcept;
+    /// A thread that waits, and the events that it waits for.
+    struct Watcher
+    {
+        int Start(LPTHREAD_START_ROUTINE main) noexcept;
+        void Wake() const noexcept;
 
-    [[noreturn]] void Loop() noexcept;
+        KernelHandle thread;
+        DWORD threadId = 0;
+        KernelHandle wake;
+        // Others only append to it; the thread itself erases and moves, so that places are the same before and after
+        // its wait.
+        std::vector<std::shared_ptr<Registration>> events;
+        bool isWaiting = false;
+        std::uint64_t waits = 0;
+    };
+
+    static DWORD WINAPI RunEventThread(void* watcher) noexcept;
+    static DWORD WINAPI RunFurtherWatcher(void* watcher) noexcept;
+
+    std::shared_ptr<Registration> NextSignal(Watcher& watcher) noexcept;
     void RunTasks() noexcept;
-    DWORD WaitForSignals() noexcept;
     void Call(Registration& registration) noexcept;
     void Enqueue(std::shared_ptr<EventTask> task) noexcept;
-    int Watch(const std::shared_ptr<Registration>& registration);
+    void EnqueueSignal(std::shared_ptr<Registration> registration) noexcept;
+    Watcher* WatcherWithRoom();
     void WaitUntilLeft(const Registration& registration, std::unique_lock<std::mutex>& lock) noexcept;
-    bool IsThreadAlive() const noexcept { return WaitForSingleObject(m_thread.get(), 0) == WAIT_TIMEOUT; }
 
-    static constexpr std::size_t kMostDirect = MAXIMUM_WAIT_OBJECTS - 1;
-
-    HandleTable<Registration> m_pooled;
-
-    std::mutex m_mutex; // guards everything below
+    std::mutex m_mutex; // guards everything below, the watchers included
     std::condition_variable m_left;
-    KernelHandle m_thread;
-    DWORD m_threadId = 0;
-    KernelHandle m_wake;
+    Watcher m_main;
+    std::vector<std::unique_ptr<Watcher>> m_further;
+    std::map<void*, std::shared_ptr<Registration>> m_registrations;
 
     std::shared_ptr<EventTask> m_first;
     EventTask* m_last = nullptr;
 
-    std::map<void*, std::shared_ptr<Registration>> m_registrations;
-    // Others only append to it; the thread itself erases and moves, so that places are the same before and after
-    // its wait.
-    std::vector<std::shared_ptr<Registration>> m_direct;
-
-    bool m_isWaiting = false;
-    std::uint64_t m_waits = 0;
     void* m_running = nullptr; // the event whose callback runs, which may have been registered anew meanwhile
     unsigned m_removers = 0;
 };

@@ -198,7 +198,7 @@ int HttpRequest::Perform(const void* body, std::size_t length, frl_http_completi
 bool HttpRequest::Send()
 {
     constexpr std::size_t longestTotal = std::numeric_limits<DWORD>::max();
-    DWORD total = static_cast<DWORD>(std::min(m_bodyLength, longestTotal));
+    auto total = static_cast<DWORD>(std::min(m_bodyLength, longestTotal));
     if constexpr (sizeof(std::size_t) > sizeof(DWORD))
     {
         if (m_bodyLength > longestTotal)
@@ -257,7 +257,7 @@ void HttpRequest::Continue(DWORD error, DWORD count) noexcept
 
 void HttpRequest::TakeSteps() noexcept
 {
-    const std::shared_ptr<HttpRequest> self = shared_from_this();
+    const std::shared_ptr<HttpRequest> self = weak_from_this().lock();
     do
     {
         Step();
@@ -376,7 +376,7 @@ void HttpRequest::Finish(int result, std::unique_lock<std::mutex>& lock) noexcep
     lock.unlock();
     // Closed before anybody is told, so that the connection is free for the caller's next request.
     request.reset();
-    EventThread::Get().Post(shared_from_this());
+    EventThread::Get().Post(weak_from_this().lock());
 }
 
 bool HttpRequest::Release() noexcept

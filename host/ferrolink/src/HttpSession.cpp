@@ -38,7 +38,7 @@ Handle OpenRequest(Handle sessionHandle, const wchar_t* method, const wchar_t* u
     const auto request = HttpRequest::Open(session, method, url, headers);
     if (!request)
         return nullptr;
-    const Handle handle = Guarded<Handle>(nullptr, [&] { return Requests().Insert(request); });
+    auto* const handle = Guarded<Handle>(nullptr, [&] { return Requests().Insert(request); });
     request->SetHandle(handle);
     // Whoever closed the session meanwhile may have gone through the table before the request was in it.
     if (handle == nullptr || session->IsClosed())
