@@ -8,9 +8,9 @@
 namespace quorvex::Multipart
 {
 
-/// The request header of a whole-file upload. Its spelling differs from the other forms' on purpose.
+/// The request header of the network disk's whole-file upload. Its spelling differs from the other forms' on purpose.
 std::wstring UploadContentType(const std::string& boundary);
-/// The request header of the other forms.
+/// The request header of every other form.
 std::wstring FormContentType(const std::string& boundary);
 
 /// What goes before a whole file's bytes.

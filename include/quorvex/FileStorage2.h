@@ -90,8 +90,7 @@ public:
     /// @param folder   an existing folder, without a trailing backslash
     /// @param fileName the picture's name, which is its key
     /// @return 0; -1 after exit; -120 the local file cannot be created; -107 it cannot be written; an HTTP status, a
-    /// code
-    ///         of the host's service, or the result of a failed login
+    ///         code of the host's service, or the result of a failed login
     int PictureDownload(const wchar_t* folder, const wchar_t* fileName);
     /// @}
 
@@ -116,8 +115,7 @@ public:
     /// @param size     bytes of the block
     /// @param position the block's place in the file, in bytes
     /// @return 0; -135 data is null although size is not 0; -1 after exit; 1, an HTTP status, or a code of the server
-    /// or
-    ///         of the host's service
+    ///         or of the host's service
     int LargeFileUpload(const wchar_t* key, void* data, unsigned long size, unsigned long position) const;
 
     /// Tells the server that every block has been sent.

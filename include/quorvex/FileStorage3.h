@@ -75,8 +75,7 @@ public:
     /// @param data the picture, only read; it may be null when size is 0
     /// @param size its bytes
     /// @return 0; -135 data is null although size is not 0; -1 after exit; 1, an HTTP status, or a code of the server
-    /// or
-    ///         of the host's service
+    ///         or of the host's service
     int PictureUpload(const wchar_t* name, void* data, unsigned long size) const;
 
     /// Downloads a picture into memory.
@@ -104,8 +103,7 @@ public:
     ///                 then the next one is not handed out
     /// @param flag     the server's own meaning, for example that this block is the last one
     /// @return 0; -135 data is null although size is not 0; -1 after exit; 1, an HTTP status, or a code of the server
-    /// or
-    ///         of the host's service
+    ///         or of the host's service
     int BufferUpload(wchar_t* key, void* data, unsigned long size, unsigned long position, const wchar_t* name,
                      wchar_t* ticket, int flag) const;
 
