@@ -18,14 +18,14 @@ bool writeEntry(void** entry, void* value) noexcept
 
 } // namespace
 
-void** ImportTable::entry(std::string_view function) const
+void ImportTable::forEach(const std::function<void(std::string_view, void**)>& action) const
 {
     auto* const base = reinterpret_cast<unsigned char*>(m_module);
     const auto* const dos = reinterpret_cast<const IMAGE_DOS_HEADER*>(base);
     const auto* const headers = reinterpret_cast<const IMAGE_NT_HEADERS*>(base + dos->e_lfanew);
     const auto& directory = headers->OptionalHeader.DataDirectory[IMAGE_DIRECTORY_ENTRY_IMPORT];
     if (directory.Size == 0)
-        return nullptr;
+        return;
 
     for (auto* import = reinterpret_cast<const IMAGE_IMPORT_DESCRIPTOR*>(base + directory.VirtualAddress);
          import->Name != 0; ++import)
@@ -37,11 +37,26 @@ void** ImportTable::entry(std::string_view function) const
             if (IMAGE_SNAP_BY_ORDINAL(name->u1.Ordinal))
                 continue;
             const auto* const byName = reinterpret_cast<const IMAGE_IMPORT_BY_NAME*>(base + name->u1.AddressOfData);
-            if (function == reinterpret_cast<const char*>(byName->Name))
-                return reinterpret_cast<void**>(&address->u1.Function);
+            action(reinterpret_cast<const char*>(byName->Name), reinterpret_cast<void**>(&address->u1.Function));
         }
     }
-    return nullptr;
+}
+
+void** ImportTable::entry(std::string_view function) const
+{
+    void** found = nullptr;
+    forEach([&](std::string_view name, void** entry) {
+        if (name == function)
+            found = entry;
+    });
+    return found;
+}
+
+std::vector<std::string> ImportTable::functions() const
+{
+    std::vector<std::string> names;
+    forEach([&](std::string_view name, void**) { names.emplace_back(name); });
+    return names;
 }
 
 ImportPatch::ImportPatch(void** entry, void* replacement) : m_entry(entry), m_original(*entry)

@@ -2,7 +2,10 @@
 
 #include <windows.h>
 
+#include <functional>
+#include <string>
 #include <string_view>
+#include <vector>
 
 namespace support
 {
@@ -16,7 +19,12 @@ public:
     /// @return the entry through which the module calls the function, or null when it does not import it
     void** entry(std::string_view function) const;
 
+    /// Every function that the module imports by its name.
+    std::vector<std::string> functions() const;
+
 private:
+    void forEach(const std::function<void(std::string_view function, void** entry)>& action) const;
+
     HMODULE m_module;
 };
 

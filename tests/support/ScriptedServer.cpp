@@ -61,6 +61,14 @@ void resetConnection(SOCKET socket)
     closesocket(socket);
 }
 
+void makeReady(SOCKET client)
+{
+    const int noDelay = 1;
+    setsockopt(client, IPPROTO_TCP, TCP_NODELAY, reinterpret_cast<const char*>(&noDelay), sizeof noDelay);
+    u_long nonBlocking = 1;
+    ioctlsocket(client, static_cast<long>(FIONBIO), &nonBlocking);
+}
+
 std::optional<std::size_t> headLength(const std::string& request)
 {
     const auto end = request.find("\r\n\r\n");
@@ -101,6 +109,12 @@ void ScriptedServer::play(std::vector<Exchange> script)
     m_thread = std::thread(&ScriptedServer::run, this);
 }
 
+void ScriptedServer::answer(std::function<Exchange(const std::string&)> choose)
+{
+    m_choose = std::move(choose);
+    m_thread = std::thread(&ScriptedServer::run, this);
+}
+
 void ScriptedServer::stop()
 {
     if (!m_thread.joinable())
@@ -129,8 +143,15 @@ void ScriptedServer::run()
         const SOCKET client = accept(m_listener, nullptr, nullptr);
         if (client == INVALID_SOCKET)
             continue;
-        if (m_requests.size() < m_script.size())
+        if (m_choose)
         {
+            makeReady(client);
+            readRequest(client, m_requests.emplace_back(), 0);
+            serve(client, m_choose(m_requests.back()));
+        }
+        else if (m_requests.size() < m_script.size())
+        {
+            makeReady(client);
             m_requests.emplace_back();
             serve(client, m_script[m_requests.size() - 1]);
         }
@@ -144,11 +165,6 @@ void ScriptedServer::run()
 
 void ScriptedServer::serve(SOCKET client, const Exchange& exchange)
 {
-    const int noDelay = 1;
-    setsockopt(client, IPPROTO_TCP, TCP_NODELAY, reinterpret_cast<const char*>(&noDelay), sizeof noDelay);
-    u_long nonBlocking = 1;
-    ioctlsocket(client, static_cast<long>(FIONBIO), &nonBlocking);
-
     std::string& request = m_requests.back();
     readRequest(client, request, exchange.bodyBytesBeforeReply);
     if (exchange.beforeReply)

@@ -49,6 +49,9 @@ public:
 
     void play(std::vector<Exchange> script);
 
+    /// Plays no script, but answers each request when its head is there; called on the server's thread.
+    void answer(std::function<Exchange(const std::string& head)> choose);
+
     /// Ends every connection and the thread; what follows is final afterwards.
     void stop();
 
@@ -75,6 +78,7 @@ private:
     bool waitFor(SOCKET socket, Direction direction) const;
 
     std::vector<Exchange> m_script;
+    std::function<Exchange(const std::string&)> m_choose;
     std::vector<std::string> m_requests;
     std::size_t m_unexpected = 0;
     SOCKET m_listener;

@@ -23,7 +23,7 @@ struct Import
     std::string_view name;
     void* replacement = nullptr;
     std::uintptr_t failure = 0;   ///< what the function returns when it fails
-    bool callsEvenToFail = false; ///< for what releases: a made failure must not leak
+    bool callsEvenToFail = false; ///< for what releases or waits: a made failure must not leak, nor outrun anything
     void* original = nullptr;     ///< null when the module does not import the function
     unsigned calls = 0;
     unsigned failFrom = 0;
@@ -208,7 +208,13 @@ std::span<Import* const> imports()
         importOf<"MultiByteToWideChar", decltype(&MultiByteToWideChar)>(),
         importOf<"WideCharToMultiByte", decltype(&WideCharToMultiByte)>(),
         importOf<"CreateEventW", decltype(&CreateEventW)>(),
+        importOf<"SetEvent", decltype(&SetEvent)>(0, releases),
+        importOf<"WaitForSingleObject", decltype(&WaitForSingleObject)>(WAIT_FAILED, releases),
+        importOf<"InitializeCriticalSectionAndSpinCount", decltype(&InitializeCriticalSectionAndSpinCount)>(0,
+                                                                                                            releases),
         importOf<"malloc", decltype(&std::malloc)>(),
+        importOf<"calloc", decltype(&std::calloc)>(),
+        importOf<"realloc", decltype(&std::realloc)>(),
         importOf<"frl_event_add_win32_event", decltype(&frl_event_add_win32_event)>(ERROR_NOT_ENOUGH_MEMORY),
         importOf<"frl_event_remove_win32_event", decltype(&frl_event_remove_win32_event)>(ERROR_NOT_FOUND, releases),
         importOf<"frl_http_session_create", decltype(&frl_http_session_create)>(),
