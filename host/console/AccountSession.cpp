@@ -46,7 +46,7 @@ AccountSession OpenAccountSession(const Options& options)
     if (method == "session")
         return {options.session, std::nullopt};
     const std::string address =
-        options.accounts.empty() ? AccountsBeside(options.server) : WithoutSlashAtTheEnd(options.accounts);
+        options.accounts.empty() ? Beside(options.server, kNetDisk) : WithoutSlashAtTheEnd(options.accounts);
     return SessionIn(PostLogin(address + PathFor(method), LoginBody(options, method)), address);
 }
 
@@ -56,11 +56,11 @@ std::string WithoutSlashAtTheEnd(std::string address)
     return address;
 }
 
-std::string AccountsBeside(const std::string& server)
+std::string Beside(const std::string& server, const Service& service)
 {
     const std::size_t scheme = server.find("://");
     const std::size_t host = scheme == std::string::npos ? 0 : scheme + 3;
-    return server.substr(0, server.find('/', host)) + "/object";
+    return server.substr(0, server.find('/', host)) + service.path;
 }
 
 } // namespace quorvex::console

@@ -1,6 +1,7 @@
 #pragma once
 
 #include "Options.h"
+#include "Services.h"
 
 #include <optional>
 #include <string>
@@ -21,7 +22,7 @@ AccountSession OpenAccountSession(const Options& options);
 
 std::string WithoutSlashAtTheEnd(std::string address);
 
-/// Where the account system is when nobody says: beside the service, as a network disk's logins.
-std::string AccountsBeside(const std::string& server);
+/// Where a service is when nobody says: on the server of another one. The account system is where the network disk is.
+std::string Beside(const std::string& server, const Service& service);
 
 } // namespace quorvex::console

@@ -1,11 +1,11 @@
 #include "CommandLine.h"
 
+#include "Environment.h"
+#include "ExitStatus.h"
 #include "Grammar.h"
 #include "Session.h"
-#include "Text.h"
 
 #include <algorithm>
-#include <cstdlib>
 #include <sstream>
 
 namespace quorvex::console
@@ -13,17 +13,9 @@ namespace quorvex::console
 namespace
 {
 
-constexpr int kUsageExitStatus = 2;
-
 std::string ComplaintAboutTicket(const std::string& ticket)
 {
     return ticket.find(':') != std::string::npos ? std::string() : "a ticket is written as BLOWFISH:TICKET";
-}
-
-std::string FromEnvironment(const wchar_t* name)
-{
-    const wchar_t* const value = _wgetenv(name);
-    return value != nullptr ? ToUtf8(value) : std::string();
 }
 
 class Grammar
@@ -36,21 +28,27 @@ public:
         // A path such as /home/me/file is no option.
         m_app.allow_windows_style_options(false);
         m_app.set_version_flag("--version", "quorvex " QUORVEX_VERSION);
-        m_app.footer("Examples:\n"
-                     "  quorvex netdisk quota --user ann --password secret\n"
-                     "  quorvex netdisk put report.pdf --server http://disk.example/object --session 5f1c\n"
-                     "  quorvex depot put film.mkv --user ann --password secret\n"
-                     "  quorvex search find im --user ann --password secret\n"
-                     "Every option can also stand behind the command. Where --server is not given, QUORVEX_SERVER\n"
-                     "in the environment serves for netdisk, QUORVEX_STORAGE for storage and depot, and\n"
+        m_app.footer("Every option can also stand behind the command. Where --server is not given, QUORVEX_SERVER\n"
+                     "in the environment serves for netdisk and doctor, QUORVEX_STORAGE for storage and depot, and\n"
                      "QUORVEX_SEARCH for search; where --password is not given, QUORVEX_PASSWORD.\n"
-                     "Exit status: 0 done, 1 failed, 2 the command line is wrong.");
+                     "Exit status: 0 done, 1 failed, 2 the command line is wrong, 130 interrupted by Ctrl+C.\n\n"
+                     "Examples:\n"
+                     "  quorvex netdisk put report.pdf --user ann --password secret\n"
+                     "  quorvex doctor --server http://disk.example/object --session 5f1c");
         AddServerOptions();
         AddOutputOptions();
         AddNetDiskCommands(m_app, m_invocation);
         AddStorageCommands(m_app, m_invocation);
         AddDepotCommands(m_app, m_invocation);
         AddSearchCommands(m_app, m_invocation);
+        AddLocalCommands(m_app, m_invocation);
+    }
+
+    std::vector<CommandInfo> Commands() const
+    {
+        std::vector<CommandInfo> commands;
+        Describe(m_app, commands);
+        return commands;
     }
 
     std::optional<Invocation> Parse(std::vector<std::string> arguments, Answer& answer)
@@ -69,7 +67,7 @@ public:
             std::ostringstream out;
             std::ostringstream complaint;
             const bool isAnswer = m_app.exit(error, out, complaint) == 0;
-            answer = {isAnswer ? 0 : kUsageExitStatus, isAnswer ? out.str() : complaint.str()};
+            answer = {isAnswer ? ExitStatus::kDone : ExitStatus::kUsage, isAnswer ? out.str() : complaint.str()};
             return std::nullopt;
         }
     }
@@ -104,10 +102,7 @@ private:
         Options& options = m_invocation.options;
         m_app.add_flag("--json", options.json, "Print one JSON object, also for a failure");
         m_app.add_flag("-q,--quiet", options.quiet, "Do not show progress");
-        m_app.add_option("--log", options.logLevel, "What to log: trace, debug, info, error or off")
-            ->type_name("LEVEL")
-            ->capture_default_str()
-            ->check(CLI::IsMember(std::vector<std::string>{"trace", "debug", "info", "error", "off"}).description(""));
+        AddChoice(m_app, "--log", options.logLevel, "What to log", {"trace", "debug", "info", "error", "off"});
         m_app.add_option("--log-file", options.logFile, "Append log lines to a file instead of standard error")
             ->type_name("FILE");
     }
@@ -115,18 +110,20 @@ private:
     void TakeDefaults()
     {
         Options& options = m_invocation.options;
+        if (!options.user.empty() && options.password.empty())
+            options.password = FromEnvironment(L"QUORVEX_PASSWORD");
+        if (m_invocation.service == nullptr)
+            return;
         if (options.server.empty())
             options.server = FromEnvironment(m_invocation.service->variable);
         if (options.server.empty())
             options.server = m_invocation.service->localAddress;
-        if (!options.user.empty() && options.password.empty())
-            options.password = FromEnvironment(L"QUORVEX_PASSWORD");
     }
 
     void CheckLogin() const
     {
         const Options& options = m_invocation.options;
-        if (!m_invocation.needsLogin)
+        if (!m_invocation.needsLogin || m_invocation.service == nullptr)
             return;
         const bool takesTickets = m_invocation.service->takesTickets;
         if (LoginMethod(options).empty())
@@ -136,6 +133,31 @@ private:
             throw CLI::ValidationError("--ticket", "the file storage takes no tickets");
         if (!options.user.empty() && options.password.empty())
             throw CLI::RequiredError("--password, or QUORVEX_PASSWORD in the environment,");
+    }
+
+    static void Describe(const CLI::App& app, std::vector<CommandInfo>& commands)
+    {
+        const auto below = app.get_subcommands([](const CLI::App*) { return true; });
+        CommandInfo info{WordsOf(app), app.get_description(), !below.empty(), {}, {}};
+        for (const CLI::Option* const option : app.get_options())
+            (option->nonpositional() ? info.options : info.arguments).push_back(Described(*option));
+        commands.push_back(std::move(info));
+        for (const CLI::App* const each : below)
+            Describe(*each, commands);
+    }
+
+    static ArgumentInfo Described(const CLI::Option& option)
+    {
+        ArgumentInfo info;
+        for (const std::string& name : option.get_snames())
+            info.names.push_back('-' + name);
+        for (const std::string& name : option.get_lnames())
+            info.names.push_back("--" + name);
+        const bool takesValue = option.get_items_expected_max() > 0;
+        info.type = takesValue ? option.get_type_name() : std::string();
+        info.choices = ChoicesIn(info.type);
+        info.isRepeated = option.get_items_expected_max() > 1;
+        return info;
     }
 
     CLI::App m_app{"Host of the quorvex module for the command line", "quorvex"};
@@ -148,6 +170,11 @@ std::optional<Invocation> ParseCommandLine(std::vector<std::string> arguments, A
 {
     Grammar grammar;
     return grammar.Parse(std::move(arguments), answer);
+}
+
+std::vector<CommandInfo> AllCommands()
+{
+    return Grammar().Commands();
 }
 
 } // namespace quorvex::console

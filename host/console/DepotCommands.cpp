@@ -1,5 +1,6 @@
 #include "DepotCommands.h"
 
+#include "Batch.h"
 #include "DepotListing.h"
 #include "Download.h"
 #include "Failure.h"
@@ -24,7 +25,7 @@ namespace
 std::vector<DepotEntry> ListDepot(Storage& storage)
 {
     std::vector<LargeFileInfo> records;
-    Check(storage.Run([&](const CFileStorage& depot) { return depot.LargeFileGetList(records); }),
+    Check({storage.Run([&](const CFileStorage& depot) { return depot.LargeFileGetList(records); }), "LargeFileGetList"},
           "cannot list the depot");
     std::vector<DepotEntry> entries;
     entries.reserve(records.size());
@@ -45,7 +46,8 @@ Report SpaceReport(Storage& storage)
     double total = 0;
     double used = 0;
     double left = 0;
-    Check(storage.Run([&](const CFileStorage& depot) { return depot.LargeFileDepotInfo(total, used, left); }),
+    Check({storage.Run([&](const CFileStorage& depot) { return depot.LargeFileDepotInfo(total, used, left); }),
+           "LargeFileDepotInfo"},
           "cannot read the depot's space");
     Report report;
     AddSize(report, "total", Bytes(total));
@@ -70,27 +72,33 @@ Report FileReport(Storage& storage, const Options& options)
 
 Report PutInDepotCommand(const Options& options)
 {
-    const UploadResult upload = WithStorage(options, [&](auto& storage) { return Upload(ToDepot(storage), options); });
-    Report report;
-    report.Add("key", upload.key);
-    report.Add("name", upload.name);
-    AddSize(report, "size", upload.size);
-    AddDigest(report, upload.md5);
-    AddSize(report, "resumed_from", upload.resumedFrom);
-    AddFlag(report, "verified", upload.verified);
-    return report;
+    return WithStorage(options, [&](auto& storage) {
+        return ForEach("files", options.files, options, [&](const std::string& file) {
+            const UploadResult upload = Upload(ToDepot(storage), file, options);
+            Report report;
+            report.Add("key", upload.key);
+            report.Add("name", upload.name);
+            AddSize(report, "size", upload.size);
+            AddDigest(report, upload.md5);
+            AddSize(report, "resumed_from", upload.resumedFrom);
+            AddFlag(report, "verified", upload.verified);
+            return report;
+        });
+    });
 }
 
 Report GetFromDepotCommand(const Options& options)
 {
-    const DownloadResult download = WithStorage(options, [&](auto& storage) {
-        const DownloadSource source = FromDepot(storage, options.uid, options.key);
-        return Download(source, TargetOf(options.out, source.remote.name), options);
+    DownloadPlaces places(options.out, options.keys.size());
+    return WithStorage(options, [&](auto& storage) {
+        return ForEach("files", options.keys, options, [&](const std::string& key) {
+            const DownloadSource source = FromDepot(storage, options.uid, key);
+            Report report;
+            report.Add("key", key);
+            AddDownload(report, Download(source, places.For(source.remote.name), options));
+            return report;
+        });
     });
-    Report report;
-    report.Add("key", options.key);
-    AddDownload(report, download);
-    return report;
 }
 
 Report ListDepotCommand(const Options& options)
@@ -109,26 +117,31 @@ Report ListDepotCommand(const Options& options)
 
 Report RemoveFromDepotCommand(const Options& options)
 {
-    const std::wstring key = Wide(options.key);
-    const auto remove = [&](auto&& storage) {
-        return storage.Run([&](auto& depot) { return depot.LargeFileRemove(key.c_str()); });
+    const auto removeFrom = [&](auto&& storage) {
+        return ForEach("items", options.keys, options, [&](const std::string& key) {
+            const std::wstring wideKey = Wide(key);
+            const int result = storage.Run([&](auto& depot) { return depot.LargeFileRemove(wideKey.c_str()); });
+            Check({result, "LargeFileRemove"}, "cannot remove " + key, TransportOf(options));
+            Report report;
+            report.Add("removed", key);
+            return report;
+        });
     };
-    Check(options.generation == 2 ? remove(Storage2(options)) : remove(Storage(options)),
-          "cannot remove " + options.key, TransportOf(options));
-    Report report;
-    report.Add("removed", options.key);
-    return report;
+    return options.generation == 2 ? removeFrom(Storage2(options)) : removeFrom(Storage(options));
 }
 
 Report RenewInDepotCommand(const Options& options)
 {
     Storage storage(options);
-    const std::wstring key = Wide(options.key);
-    Check(storage.Run([&](const CFileStorage& depot) { return depot.LargeFileRenewTime(key.c_str()); }),
-          "cannot have " + options.key + " kept longer");
-    Report report;
-    report.Add("renewed", options.key);
-    return report;
+    return ForEach("items", options.keys, options, [&](const std::string& key) {
+        const std::wstring wideKey = Wide(key);
+        const int result =
+            storage.Run([&](const CFileStorage& depot) { return depot.LargeFileRenewTime(wideKey.c_str()); });
+        Check({result, "LargeFileRenewTime"}, "cannot have " + key + " kept longer");
+        Report report;
+        report.Add("renewed", key);
+        return report;
+    });
 }
 
 Report DepotInfoCommand(const Options& options)

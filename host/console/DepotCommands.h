@@ -11,5 +11,9 @@ Report ListDepotCommand(const Options& options);
 Report RemoveFromDepotCommand(const Options& options);
 Report RenewInDepotCommand(const Options& options);
 Report DepotInfoCommand(const Options& options);
+Report CreateBlocksInDepotCommand(const Options& options);
+Report SendBlockToDepotCommand(const Options& options);
+Report FinishBlocksInDepotCommand(const Options& options);
+Report ReadBlockFromDepotCommand(const Options& options);
 
 } // namespace quorvex::console

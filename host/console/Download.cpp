@@ -1,6 +1,6 @@
 #include "Download.h"
 
-#include "Failure.h"
+#include "Interruption.h"
 #include "LocalFile.h"
 #include "Output.h"
 #include "Paths.h"
@@ -75,16 +75,22 @@ private:
         if (!file)
             throw Failure("cannot create " + NameOf(Part()), Result::LocalFileFailed);
         const auto total = m_source.isToldOf ? std::optional(m_remote.size) : std::nullopt;
+        const StoppableWork work;
         Progress progress(ToUtf8(m_remote.name), total, position, m_options.quiet);
         std::vector<char> block(static_cast<std::size_t>(std::min(m_options.blockSize, m_remote.size)));
         while (position < m_remote.size)
         {
-            auto length = static_cast<unsigned long>(std::min<std::uint64_t>(block.size(), m_remote.size - position));
-            const int result = m_source.fetchRange(static_cast<unsigned long>(position), block.data(), length);
-            if (result != 0)
+            if (isAskedToStop)
             {
                 file.close();
-                throw Interrupted(result, position, total);
+                throw Stopped(position, total);
+            }
+            auto length = static_cast<unsigned long>(std::min<std::uint64_t>(block.size(), m_remote.size - position));
+            const Outcome outcome = m_source.fetchRange(static_cast<unsigned long>(position), block.data(), length);
+            if (outcome.result != 0)
+            {
+                file.close();
+                throw BrokenOff(outcome, position, total);
             }
             if (length == 0 && !total)
                 return;
@@ -98,18 +104,26 @@ private:
         }
     }
 
-    /// Leaves no part in which there is nothing.
-    Failure Interrupted(int result, std::uint64_t position, std::optional<std::uint64_t> total) const
+    Failure BrokenOff(Outcome outcome, std::uint64_t position, std::optional<std::uint64_t> total) const
     {
-        if (position == 0)
-        {
-            Discard();
-            return {m_what, result, {}, m_source.transport};
-        }
-        return {m_what, result,
-                SizeText(position) + (total ? " of " + SizeText(*total) : "") +
-                    " are here, and the same command goes on from there",
-                m_source.transport};
+        return {m_what, outcome, Standing(position, total), m_source.transport};
+    }
+
+    Failure Stopped(std::uint64_t position, std::optional<std::uint64_t> total) const
+    {
+        const std::string standing = Standing(position, total);
+        return Failure::Interruption("interrupted the download of " + ToUtf8(m_remote.name) +
+                                     (standing.empty() ? "" : ": ") + standing);
+    }
+
+    /// How far it has come, and that it can go on. Leaves no part in which there is nothing.
+    std::string Standing(std::uint64_t position, std::optional<std::uint64_t> total) const
+    {
+        if (position != 0)
+            return SizeText(position) + (total ? " of " + SizeText(*total) : "") +
+                   " are here, and the same command goes on from there";
+        Discard();
+        return {};
     }
 
     const DownloadSource& m_source;
@@ -150,13 +164,13 @@ DownloadSource FileOfWhichNothingIsTold(const std::wstring& key)
 }
 
 /// The end of a file whose size is not told: there the server has no range any more.
-int EndOfFileIsNoFailure(int result, unsigned long& size)
+Outcome EndOfFileIsNoFailure(Outcome outcome, unsigned long& size)
 {
     constexpr int kRangeNotSatisfiable = 416;
-    if (result != kRangeNotSatisfiable)
-        return result;
+    if (outcome.result != kRangeNotSatisfiable)
+        return outcome;
     size = 0;
-    return 0;
+    return Outcome(Result::Ok);
 }
 
 } // namespace
@@ -165,11 +179,11 @@ DownloadSource FromDisk(const netdisk::CNetDisk& disk, const std::string& key)
 {
     const std::wstring wideKey = Wide(key);
     return {AskAbout(disk, wideKey, "cannot download " + key),
-            [&disk, wideKey](const wchar_t* folder, const wchar_t* name) {
-                return disk.FileDownload(wideKey.c_str(), folder, name);
+            [&disk, wideKey](const wchar_t* folder, const wchar_t* name) -> Outcome {
+                return {disk.FileDownload(wideKey.c_str(), folder, name), "FileDownload"};
             },
-            [&disk, wideKey](unsigned long position, void* buffer, unsigned long& size) {
-                return disk.LargeFileDownload(wideKey.c_str(), position, buffer, size);
+            [&disk, wideKey](unsigned long position, void* buffer, unsigned long& size) -> Outcome {
+                return {disk.LargeFileDownload(wideKey.c_str(), position, buffer, size), "LargeFileDownload"};
             }};
 }
 
@@ -179,10 +193,11 @@ DownloadSource FromDepot(Storage& storage, const std::string& uid, const std::st
     const std::wstring wideKey = Wide(key);
     return {AskAbout(storage, wideUid, wideKey, "cannot download " + key),
             {},
-            [&storage, wideUid, wideKey](unsigned long position, void* buffer, unsigned long& size) {
-                return storage.Run([&](const CFileStorage& depot) {
+            [&storage, wideUid, wideKey](unsigned long position, void* buffer, unsigned long& size) -> Outcome {
+                const int result = storage.Run([&](const CFileStorage& depot) {
                     return depot.LargeFileDownload(wideUid.c_str(), wideKey.c_str(), position, buffer, size);
                 });
+                return {result, "LargeFileDownload"};
             }};
 }
 
@@ -194,7 +209,7 @@ DownloadSource FromDepot(Storage2& storage, const std::string& uid, const std::s
         const int result = storage.Run([&](const CFileStorage2& depot) {
             return depot.LargeFileDownload(uid.c_str(), key.c_str(), position, buffer, size);
         });
-        return EndOfFileIsNoFailure(result, size);
+        return EndOfFileIsNoFailure({result, "LargeFileDownload"}, size);
     };
     return source;
 }
@@ -205,14 +220,14 @@ DownloadSource FromDepot(Storage3& storage, const std::string& uid, const std::s
     constexpr int kPart = 206;
     DownloadSource source = FileOfWhichNothingIsTold(Wide(key));
     source.fetchRange = [&storage, uid = Wide(uid.empty() ? "0" : uid),
-                         key = Wide(key)](unsigned long position, void* buffer, unsigned long& size) {
+                         key = Wide(key)](unsigned long position, void* buffer, unsigned long& size) -> Outcome {
         const int result = storage.Run([&](const CFileStorage3& depot) {
             return depot.Bufferdownload(uid.c_str(), key.c_str(), position, buffer, size);
         });
         // A server that does not know ranges would give the file's start over and over.
         if (result == kPart || (result == kWhole && position == 0))
-            return 0;
-        return EndOfFileIsNoFailure(result, size);
+            return Outcome(Result::Ok);
+        return EndOfFileIsNoFailure({result, "Bufferdownload"}, size);
     };
     return source;
 }
@@ -222,11 +237,11 @@ DownloadSource FromShare(const netdisk::CNetDisk& disk, const std::string& pcode
     const std::wstring code = Wide(pcode);
     const std::wstring id = Wide(file.key);
     return {SharedFile(file),
-            [&disk, code, id](const wchar_t* folder, const wchar_t* name) {
-                return disk.PcodeDown(code.c_str(), id.c_str(), folder, name);
+            [&disk, code, id](const wchar_t* folder, const wchar_t* name) -> Outcome {
+                return {disk.PcodeDown(code.c_str(), id.c_str(), folder, name), "PcodeDown"};
             },
-            [&disk, code, id](unsigned long position, void* buffer, unsigned long& size) {
-                return disk.LargePcodeDown(code.c_str(), id.c_str(), position, buffer, size);
+            [&disk, code, id](unsigned long position, void* buffer, unsigned long& size) -> Outcome {
+                return {disk.LargePcodeDown(code.c_str(), id.c_str(), position, buffer, size), "LargePcodeDown"};
             }};
 }
 

@@ -1,9 +1,9 @@
 #pragma once
 
+#include "Failure.h"
 #include "HostStorage.h"
 #include "Options.h"
 #include "RemoteFile.h"
-#include "ResultText.h"
 #include "StorageSession.h"
 
 #include <quorvex/NetDisk.h>
@@ -21,9 +21,9 @@ struct DownloadSource
 {
     RemoteFile remote; ///< where nothing is told of the file, its size is the most that one can have
     /// Writes the whole file into a folder, under a name; empty where files come in ranges alone.
-    std::function<int(const wchar_t* folder, const wchar_t* name)> fetchWhole;
+    std::function<Outcome(const wchar_t* folder, const wchar_t* name)> fetchWhole;
     /// Reads one range; "size" is the bytes wanted, then those received: none behind the file's end.
-    std::function<int(unsigned long position, void* buffer, unsigned long& size)> fetchRange;
+    std::function<Outcome(unsigned long position, void* buffer, unsigned long& size)> fetchRange;
     bool isToldOf = true;                       ///< whether the server tells the file's name, size and MD5
     std::wstring partEnding = L".quorvex-part"; ///< of the file that grows
     Transport transport = Transport::Module;

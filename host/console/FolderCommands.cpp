@@ -37,7 +37,7 @@ std::string ListingText(const Folder& folder)
 Report ListCommand(const Options& options)
 {
     const auto disk = LogIn(options);
-    const Folder folder = ListFolder(*disk, options.inFolder);
+    const Folder folder = ListFolder(*disk, options.inFolder, options.inUtf8);
     FolderTree tree{TopOf(options.inFolder), {}, folder.files};
     for (const FolderEntry& each : folder.folders)
         tree.folders.push_back({each, {}, {}});
@@ -71,8 +71,9 @@ Report MakeFolderCommand(const Options& options)
     CheckThatRequestHolds({name, parent});
     const auto disk = LogIn(options);
     std::array<wchar_t, 64> id{};
-    Check(disk->FolderAdd(name.c_str(), parent.c_str(), id.data(), static_cast<unsigned long>(id.size())),
-          "cannot make the folder " + options.name);
+    Check(
+        {disk->FolderAdd(name.c_str(), parent.c_str(), id.data(), static_cast<unsigned long>(id.size())), "FolderAdd"},
+        "cannot make the folder " + options.name);
     Report report;
     report.Add("id", ToUtf8(id.data()));
     report.Add("name", options.name);

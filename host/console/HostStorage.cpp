@@ -44,7 +44,7 @@ HostStorage<Client>::HostStorage(const Options& options)
       m_client(Wide(AddressFor(kGeneration<Client>, options.server)).c_str(), nullptr, kResolveTimeout, kConnectTimeout,
                kSendTimeout, kReceiveTimeout)
 {
-    Check(LogIn(), "cannot log in to " + options.server, Transport::Host);
+    Check({LogIn(), "UserLogin"}, "cannot log in to " + options.server, Transport::Host);
 }
 
 template <class Client>

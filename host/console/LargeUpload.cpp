@@ -1,6 +1,7 @@
 #include "LargeUpload.h"
 
 #include "Failure.h"
+#include "Interruption.h"
 #include "LocalFile.h"
 #include "Output.h"
 #include "Text.h"
@@ -43,14 +44,14 @@ bool LargeUpload::Resume()
         return false;
     m_record = *earlier;
     m_resumedFrom = m_record.confirmed;
-    const int result = SendRest();
+    const Outcome outcome = SendRest();
     // The server may have given up an upload that was left alone for long, or may miss blocks of it.
-    if (result == kNotFound || result == kConflict)
+    if (outcome.result == kNotFound || outcome.result == kConflict)
     {
         m_resumedFrom = 0;
         return false;
     }
-    ThrowUnlessDone(result);
+    ThrowUnlessDone(outcome);
     return true;
 }
 
@@ -69,45 +70,49 @@ bool LargeUpload::Create()
     return !m_wasInstant;
 }
 
-int LargeUpload::SendRest()
+Outcome LargeUpload::SendRest()
 {
-    const int result = SendBlocks();
-    return result != 0 || !m_target.finish ? result : m_target.finish(Wide(m_record.ids.key));
+    const Outcome outcome = SendBlocks();
+    return outcome.result != 0 || !m_target.finish ? outcome : m_target.finish(Wide(m_record.ids.key));
 }
 
-int LargeUpload::SendBlocks()
+Outcome LargeUpload::SendBlocks()
 {
     std::ifstream file(m_local.Whole(), std::ios::binary);
     file.seekg(static_cast<std::streamoff>(m_record.confirmed));
     const std::uint64_t size = m_record.identity.size;
     if (size == 0 && !m_target.finish)
         return SendBlock(nullptr, 0);
+    const StoppableWork work;
     Progress progress(m_record.identity.name, size, m_record.confirmed, m_options.quiet);
     std::vector<char> block(static_cast<std::size_t>(std::min(m_options.blockSize, size)));
     while (m_record.confirmed < size)
     {
+        if (isAskedToStop)
+            throw Failure::Interruption("interrupted the upload of " + m_record.identity.name +
+                                        (m_canSave ? ": " + Standing() : ""));
         const auto length =
             static_cast<unsigned long>(std::min<std::uint64_t>(block.size(), size - m_record.confirmed));
         if (!file.read(block.data(), static_cast<std::streamsize>(length)))
             throw Failure("cannot read " + m_record.identity.name, Result::LocalFileFailed);
-        if (const int result = SendBlock(block.data(), length); result != 0)
-            return result;
+        if (const Outcome outcome = SendBlock(block.data(), length); outcome.result != 0)
+            return outcome;
         progress.Show(m_record.confirmed);
     }
-    return 0;
+    return Outcome(Result::Ok);
 }
 
-int LargeUpload::SendBlock(void* data, unsigned long size)
+Outcome LargeUpload::SendBlock(void* data, unsigned long size)
 {
     const std::uint64_t end = m_record.confirmed + size;
-    const int result =
+    const Outcome outcome =
         m_target.sendBlock(m_local, m_record.ids,
                            {data, size, static_cast<unsigned long>(m_record.confirmed), end == m_record.identity.size});
-    if (result != 0)
-        return result;
+    if (outcome.result != 0)
+        return outcome;
     m_record.confirmed = end;
     Save();
-    return 0;
+    return Outcome(Result::Ok);
 }
 
 void LargeUpload::Save()
@@ -120,20 +125,21 @@ void LargeUpload::Save()
                    ", so an interrupted upload would start over\n");
 }
 
-void LargeUpload::ThrowUnlessDone(int result)
+std::string LargeUpload::Standing() const
 {
-    const ResumeRecord& record = m_record;
+    return "the server has confirmed " + SizeText(m_record.confirmed) + " of " + SizeText(m_record.identity.size) +
+           ", and the same command goes on from there";
+}
+
+void LargeUpload::ThrowUnlessDone(Outcome outcome)
+{
     // A refusal of the finished whole would only be repeated from the record.
-    const bool isHopeless = result == kNotFound || result == kConflict;
-    if (result == 0 || isHopeless)
+    const bool isHopeless = outcome.result == kNotFound || outcome.result == kConflict;
+    if (outcome.result == 0 || isHopeless)
         m_resumeFile.Remove();
-    if (result == 0)
-        return;
-    const std::string progress =
-        "the server has confirmed " + SizeText(record.confirmed) + " of " + SizeText(record.identity.size);
-    throw Failure("cannot upload " + record.identity.name, result,
-                  isHopeless || !m_canSave ? "" : progress + ", and the same command goes on from there",
-                  m_target.transport);
+    if (outcome.result != 0)
+        throw Failure("cannot upload " + m_record.identity.name, outcome, isHopeless || !m_canSave ? "" : Standing(),
+                      m_target.transport);
 }
 
 } // namespace quorvex::console

@@ -36,12 +36,15 @@ private:
 
     /// Sends what is not confirmed yet, and finishes.
     /// @return the first result other than 0
-    int SendRest();
-    int SendBlocks();
-    int SendBlock(void* data, unsigned long size);
+    Outcome SendRest();
+    Outcome SendBlocks();
+    Outcome SendBlock(void* data, unsigned long size);
 
     void Save();
-    void ThrowUnlessDone(int result);
+    void ThrowUnlessDone(Outcome outcome);
+
+    /// How far it has come, and that it can go on.
+    std::string Standing() const;
 
     const UploadTarget& m_target;
     const Options& m_options;

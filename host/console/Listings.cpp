@@ -16,6 +16,38 @@ std::string TypeText(int type)
     return type == 2 ? "folder" : std::to_string(type);
 }
 
+template <std::size_t Size>
+std::string Utf8(const wchar_t (&field)[Size])
+{
+    return ToUtf8(FieldText(field));
+}
+
+template <std::size_t Size>
+std::string Utf8(const char (&field)[Size])
+{
+    return FieldText(field);
+}
+
+template <class Record>
+FileEntry FileEntryOf(const Record& record)
+{
+    FileEntry entry;
+    entry.key = Utf8(record.fkey);
+    entry.name = Utf8(record.name);
+    entry.size = record.size;
+    entry.complete = record.cflag != 0;
+    entry.downloads = record.downcount;
+    entry.created = record.ctime;
+    entry.md5 = Utf8(record.md5);
+    return entry;
+}
+
+template <class Record>
+BinEntry BinEntryOf(const Record& record)
+{
+    return {Utf8(record.rs_id), TypeText(record.type), Utf8(record.name), Utf8(record.fo_before), record.rtime};
+}
+
 template <class Record>
 auto EntriesOf(const std::vector<Record>& records)
 {
@@ -30,31 +62,37 @@ auto EntriesOf(const std::vector<Record>& records)
 
 FileEntry EntryOf(const netdisk::_FileInfo& record)
 {
-    FileEntry entry;
-    entry.key = ToUtf8(FieldText(record.fkey));
-    entry.name = ToUtf8(FieldText(record.name));
-    entry.size = record.size;
-    entry.complete = record.cflag != 0;
-    entry.downloads = record.downcount;
-    entry.created = record.ctime;
-    entry.md5 = ToUtf8(FieldText(record.md5));
-    return entry;
+    return FileEntryOf(record);
+}
+
+FileEntry EntryOf(const netdisk::_FileInfoUTF8& record)
+{
+    return FileEntryOf(record);
 }
 
 FolderEntry EntryOf(const netdisk::_FolderInfo& record)
 {
-    return {ToUtf8(FieldText(record.fo_id)), ToUtf8(FieldText(record.name))};
+    return {Utf8(record.fo_id), Utf8(record.name)};
+}
+
+FolderEntry EntryOf(const netdisk::_FolderInfoUTF8& record)
+{
+    return {Utf8(record.fo_id), Utf8(record.name)};
 }
 
 ShareEntry EntryOf(const netdisk::_PcodeInfo& record)
 {
-    return {ToUtf8(FieldText(record.pcode)), record.createtime, record.deadline, record.downcount};
+    return {Utf8(record.pcode), record.createtime, record.deadline, record.downcount};
 }
 
 BinEntry EntryOf(const netdisk::_RItemInfo& record)
 {
-    return {ToUtf8(FieldText(record.rs_id)), TypeText(record.type), ToUtf8(FieldText(record.name)),
-            ToUtf8(FieldText(record.fo_before)), record.rtime};
+    return BinEntryOf(record);
+}
+
+BinEntry EntryOf(const netdisk::_RItemInfoUTF8& record)
+{
+    return BinEntryOf(record);
 }
 
 Json::Value ToJson(const FileEntry& entry)
@@ -99,32 +137,49 @@ Json::Value ToJson(const BinEntry& entry)
     return object;
 }
 
-Folder ListFolder(const netdisk::CNetDisk& disk, const std::string& id)
+Folder ListFolder(const netdisk::CNetDisk& disk, const std::string& id, bool inUtf8)
 {
+    const std::wstring wideId = Wide(id);
+    const std::string what = "cannot list the folder " + id;
+    if (inUtf8)
+    {
+        std::vector<netdisk::_FileInfoUTF8> files;
+        std::vector<netdisk::_FolderInfoUTF8> folders;
+        Check({disk.FolderList(wideId.c_str(), files, folders), "FolderList"}, what);
+        return {EntriesOf(folders), EntriesOf(files)};
+    }
     const auto files = NewFiles();
     const auto folders = NewFolders();
-    Check(disk.FolderList(Wide(id).c_str(), *files, *folders), "cannot list the folder " + id);
+    Check({disk.FolderList(wideId.c_str(), *files, *folders), "FolderList"}, what);
     return {EntriesOf(*folders), EntriesOf(*files)};
 }
 
 std::vector<ShareEntry> ListShares(const netdisk::CNetDisk& disk, unsigned long type)
 {
     const auto pcodes = NewPcodes();
-    Check(disk.PcodeList(type, *pcodes), "cannot list the share codes");
+    Check({disk.PcodeList(type, *pcodes), "PcodeList"}, "cannot list the share codes");
     return EntriesOf(*pcodes);
 }
 
 std::vector<FileEntry> ListShared(const netdisk::CNetDisk& disk, const std::string& pcode)
 {
     const auto files = NewFiles();
-    Check(disk.PcodeInfo(Wide(pcode).c_str(), *files), "cannot list the files of the share code " + pcode);
+    Check({disk.PcodeInfo(Wide(pcode).c_str(), *files), "PcodeInfo"},
+          "cannot list the files of the share code " + pcode);
     return EntriesOf(*files);
 }
 
-std::vector<BinEntry> ListBin(const netdisk::CNetDisk& disk)
+std::vector<BinEntry> ListBin(const netdisk::CNetDisk& disk, bool inUtf8)
 {
+    const char* const what = "cannot list the recycle bin";
+    if (inUtf8)
+    {
+        std::vector<netdisk::_RItemInfoUTF8> items;
+        Check({disk.RecyclebinList(items), "RecyclebinList"}, what);
+        return EntriesOf(items);
+    }
     const auto items = NewItems();
-    Check(disk.RecyclebinList(*items), "cannot list the recycle bin");
+    Check({disk.RecyclebinList(*items), "RecyclebinList"}, what);
     return EntriesOf(*items);
 }
 

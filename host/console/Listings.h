@@ -4,6 +4,7 @@
 
 #include <cstddef>
 #include <cstdint>
+#include <cstring>
 #include <cwchar>
 #include <string>
 #include <vector>
@@ -62,6 +63,12 @@ std::wstring FieldText(const wchar_t (&field)[Size])
     return {field, wcsnlen(field, Size)};
 }
 
+template <std::size_t Size>
+std::string FieldText(const char (&field)[Size])
+{
+    return {field, strnlen(field, Size)};
+}
+
 /// The other way, cut to what the field holds.
 template <std::size_t Size>
 void SetField(wchar_t (&field)[Size], const std::wstring& text)
@@ -70,9 +77,12 @@ void SetField(wchar_t (&field)[Size], const std::wstring& text)
 }
 
 FileEntry EntryOf(const netdisk::_FileInfo& record);
+FileEntry EntryOf(const netdisk::_FileInfoUTF8& record);
 FolderEntry EntryOf(const netdisk::_FolderInfo& record);
+FolderEntry EntryOf(const netdisk::_FolderInfoUTF8& record);
 ShareEntry EntryOf(const netdisk::_PcodeInfo& record);
 BinEntry EntryOf(const netdisk::_RItemInfo& record);
+BinEntry EntryOf(const netdisk::_RItemInfoUTF8& record);
 
 Json::Value ToJson(const FileEntry& entry);
 Json::Value ToJson(const FolderEntry& entry);
@@ -90,12 +100,13 @@ Json::Value ToJson(const std::vector<Entry>& entries)
 }
 
 /// @name Questions to the server
+/// @param inUtf8 asks for records in UTF-8, in which names have less room
 /// @throws Failure
 /// @{
-Folder ListFolder(const netdisk::CNetDisk& disk, const std::string& id);
+Folder ListFolder(const netdisk::CNetDisk& disk, const std::string& id, bool inUtf8 = false);
 std::vector<ShareEntry> ListShares(const netdisk::CNetDisk& disk, unsigned long type);
 std::vector<FileEntry> ListShared(const netdisk::CNetDisk& disk, const std::string& pcode);
-std::vector<BinEntry> ListBin(const netdisk::CNetDisk& disk);
+std::vector<BinEntry> ListBin(const netdisk::CNetDisk& disk, bool inUtf8 = false);
 /// @}
 
 } // namespace quorvex::console

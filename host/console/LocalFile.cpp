@@ -1,6 +1,5 @@
 #include "LocalFile.h"
 
-#include "Failure.h"
 #include "Progress.h"
 #include "Text.h"
 
@@ -94,7 +93,7 @@ void PutInPlace(const std::filesystem::path& complete, const std::filesystem::pa
         throw Failure("the download is complete, but " + NameOf(complete) + " cannot be renamed to " + NameOf(place));
 }
 
-void FetchInto(const std::filesystem::path& place, const std::function<int(const LocalPath&)>& fetch,
+void FetchInto(const std::filesystem::path& place, const std::function<Outcome(const LocalPath&)>& fetch,
                const std::string& what, Transport transport)
 {
     const FolderForAWhile folder(WithEnding(place, L".quorvex-part"));

@@ -1,7 +1,7 @@
 #pragma once
 
+#include "Failure.h"
 #include "Paths.h"
-#include "ResultText.h"
 
 #include <cstdint>
 #include <filesystem>
@@ -27,7 +27,7 @@ void PutInPlace(const std::filesystem::path& complete, const std::filesystem::pa
 /// @param fetch writes the file and returns the module's result
 /// @param what  what cannot be done when that fails
 /// @throws Failure
-void FetchInto(const std::filesystem::path& place, const std::function<int(const LocalPath&)>& fetch,
+void FetchInto(const std::filesystem::path& place, const std::function<Outcome(const LocalPath&)>& fetch,
                const std::string& what, Transport transport = Transport::Module);
 
 /// The name for messages.

@@ -6,6 +6,7 @@ namespace quorvex::console
 {
 
 Report LoginCommand(const Options& options);
+Report LogoutCommand(const Options& options);
 Report PutCommand(const Options& options);
 Report GetCommand(const Options& options);
 Report InfoCommand(const Options& options);
@@ -25,5 +26,9 @@ Report SaveCommand(const Options& options);
 Report FetchCommand(const Options& options);
 Report QuotaCommand(const Options& options);
 Report ChecksumCommand(const Options& options);
+Report CreateBlocksCommand(const Options& options);
+Report SendBlockCommand(const Options& options);
+Report FinishBlocksCommand(const Options& options);
+Report ReadBlockCommand(const Options& options);
 
 } // namespace quorvex::console

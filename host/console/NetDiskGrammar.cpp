@@ -8,8 +8,6 @@ namespace quorvex::console
 namespace
 {
 
-constexpr Service kNetDisk{L"QUORVEX_SERVER", "http://127.0.0.1:8080/object", true};
-
 /// Turns a length of time into seconds.
 std::string ComplaintAboutSpan(std::string& text)
 {
@@ -24,7 +22,8 @@ class NetDiskGrammar
 {
 public:
     NetDiskGrammar(CLI::App& app, Invocation& invocation)
-        : m_group(app, invocation, kNetDisk, "netdisk", "The personal network disk"),
+        : m_group(app, invocation, kNetDisk, "netdisk", "The personal network disk",
+                  "  quorvex netdisk put report.pdf --user ann --password secret\n"),
           m_invocation(invocation),
           m_options(invocation.options)
     {
@@ -35,11 +34,14 @@ public:
         m_group.Add("login", "Log in, to see whether server and login are right", LoginCommand,
                     "  quorvex netdisk login --user ann --password secret\n"
                     "  quorvex netdisk login --ticket 00ff00ff:8d2e41\n");
+        m_group.Add("logout", "Log in and out again", LogoutCommand, "  quorvex netdisk logout --session 5f1c\n");
         AddTransferCommands();
         AddFileCommands();
         AddFolderCommands();
         AddRecyclebinCommands();
         AddShareCommands();
+        AddBlockCommands({m_group.App(), m_invocation, kNetDisk, "blocks", "The steps of a transfer one by one",
+                          "  quorvex netdisk blocks create film.mkv --user ann --password secret\n"});
         m_group.Add("quota", "Show the size of the disk and what is used of it", QuotaCommand,
                     "  quorvex netdisk quota --session 5f1c\n"
                     "  quorvex netdisk quota --session 5f1c --json\n");
@@ -48,30 +50,54 @@ public:
 private:
     void AddTransferCommands()
     {
-        CLI::App& put = m_group.Add("put", "Upload a file; an interrupted upload goes on where it was", PutCommand,
-                                    "  quorvex netdisk put report.pdf --session 5f1c\n"
-                                    "  quorvex netdisk put film.mkv --block-size 16MiB --session 5f1c\n"
-                                    "  quorvex netdisk put film.mkv --folder 77aa --session 5f1c\n");
-        AddFile(put, m_options, "The file to upload; less than 4 GiB");
-        AddFolderOption(put, "The id of the folder to put it into; the top of the disk by default");
+        CLI::App& put = m_group.Add("put", "Upload files; an interrupted upload goes on where it was", PutCommand,
+                                    "  quorvex netdisk put report.pdf notes.txt --session 5f1c\n"
+                                    "  quorvex netdisk put film.mkv --block-size 16MiB --folder 77aa --session 5f1c\n");
+        AddFiles(put, m_options, "The files to upload; each less than 4 GiB");
+        AddFolderOption(put, "The id of the folder to put them into; the top of the disk by default");
         AddSizes(put, "Files larger than this go block by block");
 
-        CLI::App& get = m_group.Add("get", "Download a file; an interrupted download goes on where it was", GetCommand,
+        CLI::App& get = m_group.Add("get", "Download files; an interrupted download goes on where it was", GetCommand,
                                     "  quorvex netdisk get 0a1b2c3d --session 5f1c\n"
-                                    "  quorvex netdisk get 0a1b2c3d --out C:\\Films --session 5f1c\n");
-        AddKey(get);
-        AddOut(get, m_options, "Where to put it; the server's name for it by default");
+                                    "  quorvex netdisk get 0a1b2c3d 4e5f6a7b --out C:\\Films --session 5f1c\n");
+        AddKeys(get);
+        AddOut(get, m_options, "Where to put them; the server's names for them by default. Several need a folder");
         AddSizes(get, "Files larger than this come block by block");
+    }
+
+    void AddBlockCommands(const CommandGroup& group)
+    {
+        AddFile(group.Add("create", "Announce a file", CreateBlocksCommand,
+                          "  quorvex netdisk blocks create film.mkv --session 5f1c\n"),
+                m_options, "The file");
+
+        CLI::App& send =
+            group.Add("send", "Send one block of an announced file", SendBlockCommand,
+                      "  quorvex netdisk blocks send 0a1b2c3d film.mkv --offset 4MiB --length 4MiB --session 5f1c\n");
+        AddKey(send);
+        AddFile(send, m_options, "The file that the block is of");
+        AddOffset(send, m_options, "Where the block begins");
+        AddLength(send, m_options, "What it has of the file at most");
+
+        AddKey(group.Add("finish", "Say that every block has been sent", FinishBlocksCommand,
+                         "  quorvex netdisk blocks finish 0a1b2c3d --session 5f1c\n"));
+
+        CLI::App& read = group.Add(
+            "read", "Read one range of a file", ReadBlockCommand,
+            "  quorvex netdisk blocks read 0a1b2c3d --offset 1MiB --length 64KiB --out piece.bin --session 5f1c\n");
+        AddKey(read);
+        AddOffset(read, m_options, "Where the range begins");
+        AddLength(read, m_options, "How long it is at most");
+        AddPiece(read, m_options);
     }
 
     void AddFileCommands()
     {
-        AddKey(m_group.Add("info", "Show a file's name, size and MD5", InfoCommand,
-                           "  quorvex netdisk info 0a1b2c3d --session 5f1c\n"));
+        AddKeys(m_group.Add("info", "Show files' names, sizes and MD5s", InfoCommand,
+                            "  quorvex netdisk info 0a1b2c3d --session 5f1c\n"));
 
         CLI::App& move = m_group.Add("mv", "Rename a file or folder, or move it into another folder", MoveCommand,
                                      "  quorvex netdisk mv 0a1b2c3d --name summary.pdf --session 5f1c\n"
-                                     "  quorvex netdisk mv 0a1b2c3d --folder 77aa --session 5f1c\n"
                                      "  quorvex netdisk mv --dir 77aa --name Films --folder 0 --session 5f1c\n",
                                      [&options = m_options] {
                                          if (options.name.empty() && options.folder.empty())
@@ -82,25 +108,26 @@ private:
         AddFolderOption(move, "The id of its new folder; 0 is the top of the disk");
 
         CLI::App& remove =
-            m_group.Add("rm", "Move a file or folder into the recycle bin, or remove it for ever", RemoveCommand,
-                        "  quorvex netdisk rm 0a1b2c3d --session 5f1c\n"
-                        "  quorvex netdisk rm 0a1b2c3d --forever --session 5f1c\n"
+            m_group.Add("rm", "Move files or folders into the recycle bin, or remove them for ever", RemoveCommand,
+                        "  quorvex netdisk rm 0a1b2c3d 4e5f6a7b --forever --session 5f1c\n"
                         "  quorvex netdisk rm --dir 77aa --session 5f1c\n");
-        AddKeyOrFolder(remove);
-        remove.add_flag("--forever", m_options.forever, "Do not keep it in the recycle bin");
+        AddIds(remove, "keys", m_options.keys, "The files' keys; with --dir, the folders' ids", "KEY|ID");
+        AddDir(remove, "They are folders, named by their ids");
+        remove.add_flag("--forever", m_options.forever, "Do not keep them in the recycle bin");
 
-        AddFile(m_group.Add("checksum", "Show a local file's MD5, without a server", ChecksumCommand,
-                            "  quorvex netdisk checksum report.pdf\n",
-                            [&invocation = m_invocation] { invocation.needsLogin = false; }),
-                m_options, "The file to digest; less than 4 GiB");
+        AddFiles(m_group.Add("checksum", "Show local files' MD5s, without a server", ChecksumCommand,
+                             "  quorvex netdisk checksum report.pdf\n",
+                             [&invocation = m_invocation] { invocation.needsLogin = false; }),
+                 m_options, "The files to digest; each less than 4 GiB");
     }
 
     void AddFolderCommands()
     {
-        AddInFolder(m_group.Add("ls", "List a folder's folders and files", ListCommand,
-                                "  quorvex netdisk ls --session 5f1c\n"
-                                "  quorvex netdisk ls 77aa --json --session 5f1c\n"),
-                    "folder");
+        CLI::App& list = m_group.Add("ls", "List a folder's folders and files", ListCommand,
+                                     "  quorvex netdisk ls --session 5f1c\n"
+                                     "  quorvex netdisk ls 77aa --json --session 5f1c\n");
+        AddInFolder(list, "folder");
+        AddUtf8(list);
         AddInFolder(m_group.Add("tree", "Show a folder with everything below it", TreeCommand,
                                 "  quorvex netdisk tree --session 5f1c\n"),
                     "folder");
@@ -114,16 +141,22 @@ private:
 
     void AddRecyclebinCommands()
     {
-        m_group.Add("trash", "List the recycle bin", TrashCommand, "  quorvex netdisk trash --session 5f1c\n");
-        AddItem(m_group.Add("restore", "Put something back from the recycle bin to where it was", RestoreCommand,
-                            "  quorvex netdisk restore 3c9e --session 5f1c\n"));
-        AddItem(m_group.Add("purge", "Remove something in the recycle bin for ever", PurgeCommand,
-                            "  quorvex netdisk purge 3c9e --session 5f1c\n"));
+        AddUtf8(m_group.Add("trash", "List the recycle bin", TrashCommand, "  quorvex netdisk trash --session 5f1c\n"));
+        AddItems(m_group.Add("restore", "Put items of the recycle bin back to where they were", RestoreCommand,
+                             "  quorvex netdisk restore 3c9e --session 5f1c\n"));
+        AddItems(m_group.Add("purge", "Remove items of the recycle bin for ever", PurgeCommand,
+                             "  quorvex netdisk purge 3c9e 4d0f --session 5f1c\n"));
     }
 
-    void AddItem(CLI::App& app)
+    void AddItems(CLI::App& app)
     {
-        AddId(app, "id", m_options.item, "Its id in the recycle bin, as trash prints it", "ID")->required();
+        AddIds(app, "ids", m_options.items, "Their ids in the recycle bin, as trash prints them", "ID");
+    }
+
+    void AddUtf8(CLI::App& app)
+    {
+        app.add_flag("--utf8", m_options.inUtf8,
+                     "Take the module's UTF-8 records, in which a name has 64 bytes instead of 64 characters");
     }
 
     void AddShareCommands()
@@ -137,10 +170,7 @@ private:
         CLI::App& shares = m_group.Add("shares", "List the share codes of this account", SharesCommand,
                                        "  quorvex netdisk shares --session 5f1c\n"
                                        "  quorvex netdisk shares --type expired --session 5f1c\n");
-        shares.add_option("--type", m_options.shareType, "Which ones: all, alive or expired")
-            ->type_name("TYPE")
-            ->capture_default_str()
-            ->check(CLI::IsMember(std::vector<std::string>{"all", "alive", "expired"}).description(""));
+        AddChoice(shares, "--type", m_options.shareType, "Which ones", {"all", "alive", "expired"});
 
         AddIds(m_group.Add("unshare", "End share codes", UnshareCommand,
                            "  quorvex netdisk unshare 7h2k9 --session 5f1c\n"),
@@ -164,7 +194,6 @@ private:
         CLI::App& fetch = m_group.Add(
             "fetch", "Download a share code's files; an interrupted download goes on where it was", FetchCommand,
             "  quorvex netdisk fetch 7h2k9 --list --session 5f1c\n"
-            "  quorvex netdisk fetch 7h2k9 --out C:\\Films --session 5f1c\n"
             "  quorvex netdisk fetch 7h2k9 --fid 2 --out film.mkv --session 5f1c\n");
         AddCode(fetch);
         AddId(fetch, "--fid", m_options.fileId, "Only the file with this id", "ID");
@@ -183,7 +212,17 @@ private:
     void AddKeyOrFolder(CLI::App& app)
     {
         AddId(app, "key", m_options.key, "The file's key; with --dir, the folder's id", "KEY|ID")->required();
-        app.add_flag("-d,--dir", m_options.isFolder, "It is a folder, named by its id");
+        AddDir(app, "It is a folder, named by its id");
+    }
+
+    void AddDir(CLI::App& app, const std::string& description)
+    {
+        app.add_flag("-d,--dir", m_options.isFolder, description);
+    }
+
+    void AddKeys(CLI::App& app)
+    {
+        AddIds(app, "keys", m_options.keys, "The files' keys, as put has printed them", "KEY");
     }
 
     void AddFolderOption(CLI::App& app, const std::string& description)

@@ -1,6 +1,5 @@
 #include "Output.h"
 
-#include "Failure.h"
 #include "Text.h"
 
 #include <algorithm>
@@ -72,6 +71,12 @@ std::string Report::ForMachines() const
 {
     Json::Value object = m_object;
     object["ok"] = true;
+    if (m_failure)
+    {
+        const Json::Value members = m_failure->Members();
+        for (const std::string& name : members.getMemberNames())
+            object[name] = members[name];
+    }
     return JsonLine(object);
 }
 

@@ -1,6 +1,9 @@
 #pragma once
 
+#include "Failure.h"
+
 #include <cstddef>
+#include <optional>
 #include <string>
 #include <string_view>
 #include <utility>
@@ -40,16 +43,21 @@ public:
     /// What people read below the values: whole lines.
     void AddText(const std::string& lines) { m_text += lines; }
 
+    /// Has the command count as failed, although there is something to tell.
+    void SetFailure(const Failure& failure) { m_failure = failure; }
+    const std::optional<Failure>& WhyFailed() const { return m_failure; }
+
     /// One line for each value, the values below each other.
     std::string ForPeople() const;
 
-    /// One line with one object; "ok" is true.
+    /// One line with one object; "ok" is true, unless there is a failure, whose members it then has too.
     std::string ForMachines() const;
 
 private:
     Json::Value m_object{Json::objectValue};
     std::vector<std::pair<std::string, std::string>> m_lines;
     std::string m_text;
+    std::optional<Failure> m_failure;
 };
 
 /// One line of JSON in UTF-8.

@@ -135,4 +135,18 @@ std::filesystem::path TargetOf(const std::string& out, const std::wstring& serve
     return SplitPath(isFolder ? path / serverName : path).Whole();
 }
 
+DownloadPlaces::DownloadPlaces(const std::string& out, std::size_t count) : m_out(out)
+{
+    std::error_code error;
+    if (count > 1 && !out.empty() && !std::filesystem::is_directory(Wide(out), error))
+        throw Failure(out + " is no folder, and there are " + std::to_string(count) + " files");
+}
+
+std::filesystem::path DownloadPlaces::For(const std::wstring& serverName)
+{
+    m_names.push_back(serverName);
+    m_names = DistinctNames(std::move(m_names));
+    return TargetOf(m_out, m_names.back());
+}
+
 } // namespace quorvex::console

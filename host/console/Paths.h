@@ -40,4 +40,20 @@ std::vector<std::wstring> DistinctNames(std::vector<std::wstring> names);
 /// @throws Failure as SplitPath
 std::filesystem::path TargetOf(const std::string& out, const std::wstring& serverName);
 
+/// Where the downloads of one command go, side by side also when the server has one name for some of them.
+class DownloadPlaces
+{
+public:
+    /// @param out   as in TargetOf; several downloads need a folder
+    /// @param count how many there will be
+    /// @throws Failure
+    DownloadPlaces(const std::string& out, std::size_t count);
+
+    std::filesystem::path For(const std::wstring& serverName);
+
+private:
+    std::string m_out;
+    std::vector<std::wstring> m_names;
+};
+
 } // namespace quorvex::console

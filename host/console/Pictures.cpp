@@ -1,6 +1,5 @@
 #include "Pictures.h"
 
-#include "Failure.h"
 #include "LocalFile.h"
 #include "StorageNames.h"
 #include "Text.h"
@@ -70,37 +69,38 @@ int Write(const ModuleBuffer& buffer, const LocalPath& local)
 
 } // namespace
 
-int SendPicture(Storage& storage, const LocalPath& local)
+Outcome SendPicture(Storage& storage, const LocalPath& local)
 {
-    return storage->PictureUpload(local.folder.c_str(), local.name.c_str());
+    return {storage->PictureUpload(local.folder.c_str(), local.name.c_str()), "PictureUpload"};
 }
 
-int SendPicture(Storage2& storage, const LocalPath& local)
+Outcome SendPicture(Storage2& storage, const LocalPath& local)
 {
-    return storage->PictureUpload(local.folder.c_str(), local.name.c_str());
+    return {storage->PictureUpload(local.folder.c_str(), local.name.c_str()), "PictureUpload"};
 }
 
-int SendPicture(Storage3& storage, const LocalPath& local)
+Outcome SendPicture(Storage3& storage, const LocalPath& local)
 {
     // This generation does not tell under which name the picture is kept.
     CheckThatNameIsSent(local.name, "give the file another name");
     ModuleBuffer picture(*storage.operator->());
     Read(local, picture);
-    return storage.Run([&](const CFileStorage3& client) {
+    const int result = storage.Run([&](const CFileStorage3& client) {
         return client.PictureUpload(local.name.c_str(), picture.Data(), picture.Size());
     });
+    return {result, "PictureUpload"};
 }
 
-int FetchPicture(Storage& storage, const std::string& name, const LocalPath& local)
+Outcome FetchPicture(Storage& storage, const std::string& name, const LocalPath& local)
 {
     // A picture's own operation gives the file its key as a name, and asks for the key as it is.
+    if (Wide(name) == local.name && local.name.find_first_of(L"%#&+") == std::wstring::npos)
+        return {storage->PictureDownload(local.folder.c_str(), local.name.c_str()), "PictureDownload"};
     const std::wstring escaped = QueryEscaped(name);
-    return Wide(name) == local.name && local.name.find_first_of(L"%#&+") == std::wstring::npos
-               ? storage->PictureDownload(local.folder.c_str(), local.name.c_str())
-               : storage->UserPhotoDownload(local.folder.c_str(), escaped.c_str(), local.name.c_str());
+    return {storage->UserPhotoDownload(local.folder.c_str(), escaped.c_str(), local.name.c_str()), "UserPhotoDownload"};
 }
 
-int FetchPicture(Storage2& storage, const std::string& name, const LocalPath& local)
+Outcome FetchPicture(Storage2& storage, const std::string& name, const LocalPath& local)
 {
     // The file gets the key as it is asked for as a name.
     const std::wstring key = QueryEscaped(name);
@@ -110,10 +110,10 @@ int FetchPicture(Storage2& storage, const std::string& name, const LocalPath& lo
     const int result = storage->PictureDownload(local.folder.c_str(), key.c_str());
     if (result == Result::Ok && key != local.name)
         PutInPlace(LocalPath{local.folder, key}.Whole(), local.Whole());
-    return result;
+    return {result, "PictureDownload"};
 }
 
-int FetchPicture(Storage3& storage, const std::string& name, const LocalPath& local)
+Outcome FetchPicture(Storage3& storage, const std::string& name, const LocalPath& local)
 {
     ModuleBuffer picture(*storage.operator->());
     const int result = storage->PictureDownload(kEverybodysPictures, QueryEscaped(name).c_str(), picture.DataPlace(),
@@ -121,7 +121,7 @@ int FetchPicture(Storage3& storage, const std::string& name, const LocalPath& lo
     if (result == Result::Ok && picture.Data() == nullptr)
         throw Failure("cannot download " + name + ": there is no such picture, it is empty, or the server does not " +
                       "accept the session; this generation does not tell which");
-    return result == Result::Ok ? Write(picture, local) : result;
+    return result == Result::Ok ? Outcome(Write(picture, local)) : Outcome(result, "PictureDownload");
 }
 
 } // namespace quorvex::console

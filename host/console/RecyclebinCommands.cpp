@@ -1,5 +1,6 @@
 #include "NetDiskCommands.h"
 
+#include "Batch.h"
 #include "Failure.h"
 #include "Listings.h"
 #include "Session.h"
@@ -13,7 +14,7 @@ namespace quorvex::console
 Report TrashCommand(const Options& options)
 {
     const auto disk = LogIn(options);
-    const std::vector<BinEntry> items = ListBin(*disk);
+    const std::vector<BinEntry> items = ListBin(*disk, options.inUtf8);
     Table table{"ID", "TYPE", "REMOVED", "NAME", "FROM"};
     for (const BinEntry& each : items)
         table.Add({each.id, each.type, LocalTimeText(each.removed), each.name, each.from});
@@ -26,19 +27,23 @@ Report TrashCommand(const Options& options)
 Report RestoreCommand(const Options& options)
 {
     const auto disk = LogIn(options);
-    Check(disk->RecyclebinRecover(Wide(options.item).c_str()), "cannot restore " + options.item);
-    Report report;
-    report.Add("restored", options.item);
-    return report;
+    return ForEach("items", options.items, options, [&](const std::string& item) {
+        Check({disk->RecyclebinRecover(Wide(item).c_str()), "RecyclebinRecover"}, "cannot restore " + item);
+        Report report;
+        report.Add("restored", item);
+        return report;
+    });
 }
 
 Report PurgeCommand(const Options& options)
 {
     const auto disk = LogIn(options);
-    Check(disk->RecyclebinDel(Wide(options.item).c_str()), "cannot remove " + options.item + " for ever");
-    Report report;
-    report.Add("purged", options.item);
-    return report;
+    return ForEach("items", options.items, options, [&](const std::string& item) {
+        Check({disk->RecyclebinDel(Wide(item).c_str()), "RecyclebinDel"}, "cannot remove " + item + " for ever");
+        Report report;
+        report.Add("purged", item);
+        return report;
+    });
 }
 
 } // namespace quorvex::console

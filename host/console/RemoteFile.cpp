@@ -48,7 +48,9 @@ struct Told
 RemoteFile AskAbout(const netdisk::CNetDisk& disk, const std::wstring& key, const std::string& what)
 {
     Told told;
-    Check(disk.LargeFileGetInfo(key.c_str(), told.name.data(), Told::kRoom, told.size, told.second.data()), what);
+    Check({disk.LargeFileGetInfo(key.c_str(), told.name.data(), Told::kRoom, told.size, told.second.data()),
+           "LargeFileGetInfo"},
+          what);
     return told.Of(key);
 }
 
@@ -56,12 +58,13 @@ RemoteFile AskAbout(Storage& storage, const std::wstring& uid, const std::wstrin
 {
     Told told;
     // The module tells an expired session by the same result as every other refusal.
-    Check(storage.Run(
-              [&](const CFileStorage& depot) {
-                  return depot.LargeFileGetInfo(uid.c_str(), key.c_str(), told.name.data(), Told::kRoom, told.size,
-                                                told.second.data(), nullptr);
-              },
-              Result::RangeAnswerInvalid),
+    Check({storage.Run(
+               [&](const CFileStorage& depot) {
+                   return depot.LargeFileGetInfo(uid.c_str(), key.c_str(), told.name.data(), Told::kRoom, told.size,
+                                                 told.second.data(), nullptr);
+               },
+               Result::RangeAnswerInvalid),
+           "LargeFileGetInfo"},
           what);
     return told.Of(key);
 }

@@ -7,10 +7,6 @@
 #include "Session.h"
 #include "Text.h"
 
-#include <quorvex/OnlineUserSearch.h>
-
-#include <memory>
-
 namespace quorvex::console
 {
 namespace
@@ -27,13 +23,8 @@ std::unique_ptr<COnlineUserSearch> LogInWith(const AccountSession& session, cons
     const std::wstring text = QueryEscaped(session.text);
     CheckThatRequestHolds({text}, kSessionRoom);
     auto search = std::make_unique<COnlineUserSearch>(Wide(server).c_str());
-    Check(search->ClientLogin(text.c_str()), "cannot log in to " + server);
+    CheckLogin({search->ClientLogin(text.c_str()), "ClientLogin"}, server, search->GetLastErrMsg());
     return search;
-}
-
-std::unique_ptr<COnlineUserSearch> LogInToSearch(const Options& options)
-{
-    return LogInWith(OpenAccountSession(options), options.server);
 }
 
 /// What the options say of the application, fit for a request.
@@ -63,14 +54,39 @@ std::vector<unsigned> FindUsers(const COnlineUserSearch& search, const std::stri
     return ReadAllPages([&](int skip) {
         std::vector<unsigned> page(kPageRoom);
         unsigned count = 0;
-        Check(search.QueryByAppCondition(app.c_str(), conditions, skip, page.data(), kPageRoom, count),
+        Check({search.QueryByAppCondition(app.c_str(), conditions, skip, page.data(), kPageRoom, count),
+               "QueryByAppCondition"},
               "cannot search for users of " + app);
         page.resize(count);
         return page;
     });
 }
 
+/// Whoever a form of the caller's own making finds: one page, for the form says itself whom to skip.
+std::vector<unsigned> FindUsers(const COnlineUserSearch& search, const std::string& form)
+{
+    std::vector<unsigned> users(kPageRoom);
+    unsigned count = 0;
+    Check({search.QueryByCondition(form.c_str(), users.data(), kPageRoom, count), "QueryByCondition"},
+          "cannot search for users");
+    users.resize(count);
+    return users;
+}
+
+/// What has been asked for; either the application and its conditions, or the form.
+void AddQuestion(Report& report, const Options& options, const std::vector<std::string>& conditions)
+{
+    report.AddData("app", options.app.empty() ? Json::Value() : Json::Value(options.app));
+    report.AddData("conditions", ToJson(conditions));
+    report.AddData("form", options.form.empty() ? Json::Value() : Json::Value(options.form));
+}
+
 } // namespace
+
+std::unique_ptr<COnlineUserSearch> LogInToSearch(const Options& options)
+{
+    return LogInWith(OpenAccountSession(options), options.server);
+}
 
 Report SearchLoginCommand(const Options& options)
 {
@@ -85,10 +101,20 @@ Report SearchLoginCommand(const Options& options)
     return report;
 }
 
+Report SearchLogoutCommand(const Options& options)
+{
+    Check({LogInToSearch(options)->ClientLogout(), "ClientLogout"}, "cannot log out");
+    Report report;
+    report.Add("server", options.server);
+    report.Add("login", LoginMethod(options));
+    return report;
+}
+
 Report SearchStatusCommand(const Options& options)
 {
     const auto search = LogInToSearch(options);
-    Check(search->UserReportStatus(options.app.c_str(), options.status), "cannot report the status to " + options.app);
+    Check({search->UserReportStatus(options.app.c_str(), options.status), "UserReportStatus"},
+          "cannot report the status to " + options.app);
     Report report;
     report.Add("app", options.app);
     report.Add("status", options.status, std::to_string(options.status));
@@ -99,7 +125,8 @@ Report SearchUpdateCommand(const Options& options)
 {
     const std::vector<std::string> values = FieldsOf(options);
     const auto search = LogInToSearch(options);
-    Check(search->UserUpdateAppInfo(options.app.c_str(), values), "cannot set the values for " + options.app);
+    Check({search->UserUpdateAppInfo(options.app.c_str(), values), "UserUpdateAppInfo"},
+          "cannot set the values for " + options.app);
     Report report;
     report.AddData("app", options.app);
     report.AddData("values", ToJson(values));
@@ -108,11 +135,24 @@ Report SearchUpdateCommand(const Options& options)
     return report;
 }
 
+Report SearchProfileCommand(const Options& options)
+{
+    const std::vector<std::string> values = FieldsOf(options);
+    const std::string form = options.form.empty() ? FormOf(values) : options.form;
+    const auto search = LogInToSearch(options);
+    Check({search->UserUpdateInfo(form.c_str()), "UserUpdateInfo"}, "cannot set the values of the profile");
+    Report report;
+    report.AddData("values", ToJson(values));
+    report.Add("form", form, Printable(form));
+    return report;
+}
+
 Report SearchFindCommand(const Options& options)
 {
     const std::vector<std::string> conditions = FieldsOf(options);
     const auto search = LogInToSearch(options);
-    const std::vector<unsigned> users = FindUsers(*search, options.app, conditions);
+    const std::vector<unsigned> users =
+        options.form.empty() ? FindUsers(*search, options.app, conditions) : FindUsers(*search, options.form);
     Json::Value array(Json::arrayValue);
     std::string lines;
     for (const unsigned each : users)
@@ -121,8 +161,7 @@ Report SearchFindCommand(const Options& options)
         lines += std::to_string(each) + '\n';
     }
     Report report;
-    report.AddData("app", options.app);
-    report.AddData("conditions", ToJson(conditions));
+    AddQuestion(report, options, conditions);
     report.AddData("users", array);
     report.AddText(users.empty() ? "there are none\n" : lines);
     return report;
@@ -133,11 +172,13 @@ Report SearchCountCommand(const Options& options)
     const std::vector<std::string> conditions = FieldsOf(options);
     const auto search = LogInToSearch(options);
     int count = 0;
-    Check(search->QueryCountByConditionVector(options.app.c_str(), conditions, count),
-          "cannot count the users of " + options.app);
+    Check(options.form.empty() ? Outcome(search->QueryCountByConditionVector(options.app.c_str(), conditions, count),
+                                         "QueryCountByConditionVector")
+                               : Outcome(search->QueryCountByConditionString(options.form.c_str(), count),
+                                         "QueryCountByConditionString"),
+          "cannot count the users" + (options.app.empty() ? "" : " of " + options.app));
     Report report;
-    report.AddData("app", options.app);
-    report.AddData("conditions", ToJson(conditions));
+    AddQuestion(report, options, conditions);
     report.Add("count", count, std::to_string(count));
     return report;
 }

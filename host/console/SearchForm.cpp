@@ -27,6 +27,24 @@ bool StaysAsItIs(char letter)
     return (letter >= '0' && letter <= '9') || (letter >= 'a' && letter <= 'z') || (letter >= 'A' && letter <= 'Z');
 }
 
+std::string Encoded(const std::string& value)
+{
+    std::string encoded;
+    for (const char letter : value)
+    {
+        if (StaysAsItIs(letter))
+        {
+            encoded += letter;
+            continue;
+        }
+        const auto byte = static_cast<unsigned char>(letter);
+        encoded += '%';
+        encoded += "0123456789ABCDEF"[byte >> 4];
+        encoded += "0123456789ABCDEF"[byte & 15];
+    }
+    return encoded;
+}
+
 std::size_t EncodedSize(const std::string& value)
 {
     const auto plain = static_cast<std::size_t>(std::count_if(value.begin(), value.end(), StaysAsItIs));
@@ -65,6 +83,14 @@ std::vector<std::string> NamesAndValues(const std::vector<std::string>& fields)
         parts.push_back(field.substr(equals + 1));
     }
     return parts;
+}
+
+std::string FormOf(const std::vector<std::string>& namesAndValues)
+{
+    std::string form;
+    for (std::size_t i = 0; i + 1 < namesAndValues.size(); i += 2)
+        form += (form.empty() ? "" : "&") + namesAndValues[i] + '=' + Encoded(namesAndValues[i + 1]);
+    return form;
 }
 
 void CheckThatFormHolds(const std::string& app, const std::vector<std::string>& namesAndValues)

@@ -21,6 +21,10 @@ std::string ComplaintAboutField(const std::string& field);
 /// @param fields texts that there is no complaint about
 std::vector<std::string> NamesAndValues(const std::vector<std::string>& fields);
 
+/// The form in which names and values travel, its values percent-encoded.
+/// @param namesAndValues by turns
+std::string FormOf(const std::vector<std::string>& namesAndValues);
+
 /// The module cuts off what does not fit into a form; so nothing longer is sent.
 /// @param namesAndValues by turns
 /// @throws Failure

@@ -8,27 +8,27 @@ namespace quorvex::console
 namespace
 {
 
-int SendLogin(netdisk::CNetDisk& disk, const Options& options)
+Outcome SendLogin(netdisk::CNetDisk& disk, const Options& options)
 {
     const std::string method = LoginMethod(options);
     if (method == "session")
     {
         const std::wstring session = JsonEscaped(options.session);
         CheckThatRequestHolds({session});
-        return disk.UserLogin(session.c_str());
+        return {disk.UserLogin(session.c_str()), "UserLogin"};
     }
     if (method == "password")
     {
         const std::wstring user = JsonEscaped(options.user);
         const std::wstring password = JsonEscaped(options.password);
         CheckThatRequestHolds({user, password});
-        return disk.UserLogin(user.c_str(), password.c_str());
+        return {disk.UserLogin(user.c_str(), password.c_str()), "UserLogin"};
     }
     const std::size_t colon = options.ticket.find(':');
     const std::wstring first = JsonEscaped(options.ticket.substr(0, colon));
     const std::wstring second = JsonEscaped(options.ticket.substr(colon + 1));
     CheckThatRequestHolds({first, second});
-    return disk.PassportLoginTicket(first.c_str(), second.c_str());
+    return {disk.PassportLoginTicket(first.c_str(), second.c_str()), "PassportLoginTicket"};
 }
 
 } // namespace
@@ -47,8 +47,14 @@ std::unique_ptr<netdisk::CNetDisk> LogIn(const Options& options)
     auto disk = std::make_unique<netdisk::CNetDisk>(Wide(options.server).c_str());
     if (!disk->IsConnected())
         throw Failure("cannot use the server address " + options.server, Result::NotConnected);
-    Check(SendLogin(*disk, options), "cannot log in to " + options.server);
+    CheckLogin(SendLogin(*disk, options), options.server, disk->GetLastErrMsg());
     return disk;
+}
+
+void CheckLogin(Outcome outcome, const std::string& server, const wchar_t* lastError)
+{
+    if (outcome.result != 0)
+        throw Failure("cannot log in to " + server, outcome, ToUtf8(lastError));
 }
 
 void CheckThatRequestHolds(std::initializer_list<std::wstring> escapedTexts, std::size_t room)

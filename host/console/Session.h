@@ -1,5 +1,6 @@
 #pragma once
 
+#include "Failure.h"
 #include "Options.h"
 
 #include <quorvex/NetDisk.h>
@@ -18,6 +19,11 @@ std::string LoginMethod(const Options& options);
 /// Connects to the server and logs in.
 /// @throws Failure
 std::unique_ptr<netdisk::CNetDisk> LogIn(const Options& options);
+
+/// Ends a command whose login was refused.
+/// @param lastError what the client has to say of it, which may be nothing
+/// @throws Failure
+void CheckLogin(Outcome outcome, const std::string& server, const wchar_t* lastError);
 
 /// Bytes that the texts of a JSON request can have: the module builds most of them in 256 bytes, of which keys, quotes
 /// and braces take at most 32, and the change of a folder in 512, of which they take 40.

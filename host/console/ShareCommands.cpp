@@ -57,22 +57,6 @@ std::vector<DownloadSource> SourcesOf(const netdisk::CNetDisk& disk, const Optio
     return sources;
 }
 
-/// Where each of the files goes; several need a folder.
-std::vector<std::filesystem::path> TargetsOf(const std::string& out, const std::vector<DownloadSource>& sources)
-{
-    std::error_code error;
-    if (sources.size() > 1 && !out.empty() && !std::filesystem::is_directory(Wide(out), error))
-        throw Failure(out + " is no folder, and the share code has " + std::to_string(sources.size()) + " files");
-    std::vector<std::wstring> names;
-    names.reserve(sources.size());
-    for (const DownloadSource& each : sources)
-        names.push_back(each.remote.name);
-    std::vector<std::filesystem::path> targets;
-    for (const std::wstring& name : DistinctNames(std::move(names)))
-        targets.push_back(TargetOf(out, name));
-    return targets;
-}
-
 Report SharedReport(const std::string& pcode, const std::vector<FileEntry>& files)
 {
     Table table{"FID", "SIZE>", "NAME"};
@@ -103,8 +87,9 @@ Report ShareCommand(const Options& options)
         SetField(files[i].fkey, Wide(options.keys[i]));
     const auto disk = LogIn(options);
     std::array<wchar_t, 64> pcode{};
-    Check(disk->PcodeCreate(files, options.span, pcode.data(), static_cast<unsigned long>(pcode.size())),
-          "cannot share " + (files.size() == 1 ? options.keys.front() : std::to_string(files.size()) + " files"));
+    Check(
+        {disk->PcodeCreate(files, options.span, pcode.data(), static_cast<unsigned long>(pcode.size())), "PcodeCreate"},
+        "cannot share " + (files.size() == 1 ? options.keys.front() : std::to_string(files.size()) + " files"));
     Report report;
     report.Add("pcode", ToUtf8(pcode.data()));
     report.Add("files", Json::UInt64{files.size()}, std::to_string(files.size()));
@@ -132,7 +117,7 @@ Report UnshareCommand(const Options& options)
     for (std::size_t i = 0; i < pcodes.size(); ++i)
         SetField(pcodes[i].pcode, Wide(options.pcodes[i]));
     const auto disk = LogIn(options);
-    Check(disk->PcodeDelete(pcodes),
+    Check({disk->PcodeDelete(pcodes), "PcodeDelete"},
           "cannot end " + (pcodes.size() == 1 ? "the share code " + options.pcodes.front()
                                               : std::to_string(pcodes.size()) + " share codes"));
     Report report;
@@ -145,7 +130,8 @@ Report UnshareCommand(const Options& options)
 Report ExtendCommand(const Options& options)
 {
     const auto disk = LogIn(options);
-    Check(disk->PcodeDefer(Wide(options.pcode).c_str(), options.span), "cannot extend the share code " + options.pcode);
+    Check({disk->PcodeDefer(Wide(options.pcode).c_str(), options.span), "PcodeDefer"},
+          "cannot extend the share code " + options.pcode);
     Report report;
     report.Add("pcode", options.pcode);
     AddSpan(report, "extended_by", options.span);
@@ -155,7 +141,7 @@ Report ExtendCommand(const Options& options)
 Report SaveCommand(const Options& options)
 {
     const auto disk = LogIn(options);
-    Check(disk->PcodeSave(Wide(options.pcode).c_str(), Wide(options.inFolder).c_str()),
+    Check({disk->PcodeSave(Wide(options.pcode).c_str(), Wide(options.inFolder).c_str()), "PcodeSave"},
           "cannot save the files of the share code " + options.pcode);
     Report report;
     report.Add("pcode", options.pcode);
@@ -170,7 +156,7 @@ Report FetchCommand(const Options& options)
     if (options.listOnly)
         return SharedReport(options.pcode, files);
     const std::vector<DownloadSource> sources = SourcesOf(*disk, options, files);
-    const std::vector<std::filesystem::path> targets = TargetsOf(options.out, sources);
+    DownloadPlaces places(options.out, sources.size());
 
     Report report;
     Json::Value array(Json::arrayValue);
@@ -178,7 +164,7 @@ Report FetchCommand(const Options& options)
     {
         Report each;
         each.Add("fid", files[i].key);
-        AddDownload(each, Download(sources[i], targets[i], options));
+        AddDownload(each, Download(sources[i], places.For(sources[i].remote.name), options));
         array.append(each.Data());
         report.AddText((i == 0 ? "" : "\n") + each.ForPeople());
     }

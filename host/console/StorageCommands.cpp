@@ -1,5 +1,6 @@
 #include "StorageCommands.h"
 
+#include "Batch.h"
 #include "Failure.h"
 #include "LocalFile.h"
 #include "Paths.h"
@@ -12,6 +13,7 @@
 
 #include <quorvex/Results.h>
 
+#include <array>
 #include <functional>
 
 namespace quorvex::console
@@ -19,8 +21,7 @@ namespace quorvex::console
 namespace
 {
 
-using UploadNamed = int (CFileStorage::*)(const wchar_t* folder, const wchar_t* fileName,
-                                          const wchar_t* serverName) const;
+constexpr const char* kSha1OfNothing = "da39a3ee5e6b4b0d3255bfef95601890afd80709";
 
 void AddLocalFile(Report& report, const std::filesystem::path& path)
 {
@@ -37,38 +38,88 @@ Report Sent(const std::wstring& name, const LocalPath& local)
 }
 
 /// What is to be uploaded, which has to be a file that the protocol can carry.
-LocalPath FileToSend(const Options& options)
+LocalPath FileToSend(const std::string& file)
 {
-    LocalPath local = SplitPath(Wide(options.file));
+    LocalPath local = SplitPath(Wide(file));
     TransferableSize(local.Whole());
     return local;
 }
 
-/// Uploads under the name that the options give, or the file's own.
-Report Put(const Options& options, UploadNamed upload)
+/// An upload under a name of its own.
+struct NamedUpload
 {
-    const LocalPath local = FileToSend(options);
+    int (CFileStorage::*send)(const wchar_t* folder, const wchar_t* fileName, const wchar_t* serverName) const;
+    const char* operation;
+};
+
+/// Uploads under the name that the options give, or the file's own.
+Report Put(const CFileStorage& storage, const std::string& file, const Options& options, const NamedUpload& upload)
+{
+    const LocalPath local = FileToSend(file);
     const std::wstring name = options.name.empty() ? local.name : Wide(options.name);
     if (const std::string complaint = ComplaintAboutName(ToUtf8(name)); !complaint.empty())
         throw Failure(complaint);
     CheckThatNameIsSent(name, "--name gives it another one");
-    const Storage storage(options);
-    Check(((*storage).*upload)(local.folder.c_str(), local.name.c_str(), name.c_str()),
+    Check({(storage.*upload.send)(local.folder.c_str(), local.name.c_str(), name.c_str()), upload.operation},
           "cannot upload " + ToUtf8(name));
     return Sent(name, local);
 }
 
-/// @param fetch writes the file that the options name
-Report Get(const Options& options, const std::function<int(const LocalPath&)>& fetch,
+template <class AnyStorage>
+Report PutPicture(AnyStorage& storage, const std::string& file, Transport transport)
+{
+    const LocalPath local = FileToSend(file);
+    if (const std::string complaint = ComplaintAboutName(ToUtf8(local.name)); !complaint.empty())
+        throw Failure(complaint);
+    const Outcome outcome = SendPicture(storage, local);
+    if (outcome.result != 0)
+        throw Failure("cannot upload " + ToUtf8(local.name), outcome,
+                      outcome.result == Result::NameMismatch ? WhyNamedOtherwise(local.name) : "", transport);
+    return Sent(local.name, local);
+}
+
+/// Downloads what the options name.
+/// @param fetch brings one of them into a file
+Report Get(const Options& options, const std::function<Outcome(const std::string& name, const LocalPath& local)>& fetch,
            Transport transport = Transport::Module)
 {
-    const std::filesystem::path path = TargetOf(options.out, SafeName(Wide(options.key), L"file"));
-    FetchInto(path, fetch, "cannot download " + options.key, transport);
+    DownloadPlaces places(options.out, options.names.size());
+    return ForEach("files", options.names, options, [&](const std::string& name) {
+        const std::filesystem::path path = places.For(SafeName(Wide(name), L"file"));
+        FetchInto(
+            path, [&](const LocalPath& local) { return fetch(name, local); }, "cannot download " + name, transport);
+        Report report;
+        report.Add("name", name);
+        report.Add("path", ToUtf8(path.wstring()));
+        AddLocalFile(report, path);
+        return report;
+    });
+}
+
+Report LoginReport(const Options& options)
+{
     Report report;
-    report.Add("name", options.key);
-    report.Add("path", ToUtf8(path.wstring()));
-    AddLocalFile(report, path);
+    report.Add("server", options.server);
+    report.Add("login", LoginMethod(options));
     return report;
+}
+
+/// The later generations close their session of the host's service as well.
+template <class Client>
+Outcome LogOutAndClose(Client& client)
+{
+    const int result = client.UserLogout();
+    client.exit();
+    return {result, "UserLogout"};
+}
+
+Outcome LogOut(const Options& options)
+{
+    if (options.generation == 2)
+        return LogOutAndClose(*Storage2(options).operator->());
+    if (options.generation == 3)
+        return LogOutAndClose(*Storage3(options).operator->());
+    return {Storage(options).LogOut(), "UserLogout"};
 }
 
 } // namespace
@@ -76,78 +127,111 @@ Report Get(const Options& options, const std::function<int(const LocalPath&)>& f
 Report StorageLoginCommand(const Options& options)
 {
     WithStorage(options, [](const auto&) {});
-    Report report;
-    report.Add("server", options.server);
-    report.Add("login", LoginMethod(options));
-    return report;
+    return LoginReport(options);
+}
+
+Report StorageLogoutCommand(const Options& options)
+{
+    Check(LogOut(options), "cannot log out", TransportOf(options));
+    return LoginReport(options);
 }
 
 Report PutPictureCommand(const Options& options)
 {
-    const LocalPath local = FileToSend(options);
-    if (const std::string complaint = ComplaintAboutName(ToUtf8(local.name)); !complaint.empty())
-        throw Failure(complaint);
-    const int result = WithStorage(options, [&](auto& storage) { return SendPicture(storage, local); });
-    if (result != 0)
-        throw Failure("cannot upload " + ToUtf8(local.name), result,
-                      result == Result::NameMismatch ? WhyNamedOtherwise(local.name) : "", TransportOf(options));
-    return Sent(local.name, local);
+    return WithStorage(options, [&](auto& storage) {
+        return ForEach("files", options.files, options,
+                       [&](const std::string& file) { return PutPicture(storage, file, TransportOf(options)); });
+    });
 }
 
 Report GetPictureCommand(const Options& options)
 {
     return WithStorage(options, [&](auto& storage) {
         return Get(
-            options, [&](const LocalPath& local) { return FetchPicture(storage, options.key, local); },
+            options,
+            [&](const std::string& name, const LocalPath& local) { return FetchPicture(storage, name, local); },
             TransportOf(options));
     });
 }
 
 Report PutPhotoCommand(const Options& options)
 {
-    return Put(options, &CFileStorage::UserPhotoUpload);
+    const Storage storage(options);
+    return Put(*storage, options.file, options, {&CFileStorage::UserPhotoUpload, "UserPhotoUpload"});
 }
 
 Report GetPhotoCommand(const Options& options)
 {
     const Storage storage(options);
-    return Get(options, [&, key = QueryEscaped(options.key)](const LocalPath& local) {
-        return storage->UserPhotoDownload(local.folder.c_str(), key.c_str(), local.name.c_str());
+    return Get(options, [&](const std::string& name, const LocalPath& local) -> Outcome {
+        return {storage->UserPhotoDownload(local.folder.c_str(), QueryEscaped(name).c_str(), local.name.c_str()),
+                "UserPhotoDownload"};
     });
 }
 
 Report PutEmoticonCommand(const Options& options)
 {
-    return Put(options, &CFileStorage::EmoticonUpload);
+    const Storage storage(options);
+    return ForEach("files", options.files, options, [&](const std::string& file) {
+        return Put(*storage, file, options, {&CFileStorage::EmoticonUpload, "EmoticonUpload"});
+    });
 }
 
 Report GetEmoticonCommand(const Options& options)
 {
     const Storage storage(options);
-    return Get(options, [&, uid = Wide(options.uid), key = QueryEscaped(options.key)](const LocalPath& local) {
-        return storage->EmoticonDownload(uid.c_str(), local.folder.c_str(), key.c_str(), local.name.c_str());
+    return Get(options, [&, uid = Wide(options.uid)](const std::string& name, const LocalPath& local) -> Outcome {
+        return {storage->EmoticonDownload(uid.c_str(), local.folder.c_str(), QueryEscaped(name).c_str(),
+                                          local.name.c_str()),
+                "EmoticonDownload"};
     });
 }
 
 Report RemoveEmoticonCommand(const Options& options)
 {
     const Storage storage(options);
-    Check(storage->EmoticonRemove(QueryEscaped(options.key).c_str()), "cannot remove " + options.key);
-    Report report;
-    report.Add("removed", options.key);
-    return report;
+    return ForEach("items", options.names, options, [&](const std::string& name) {
+        Check({storage->EmoticonRemove(QueryEscaped(name).c_str()), "EmoticonRemove"}, "cannot remove " + name);
+        Report report;
+        report.Add("removed", name);
+        return report;
+    });
 }
 
 Report ListEmoticonsCommand(const Options& options)
 {
     const Storage storage(options);
     unsigned int count = 0;
-    Check(storage->EmoticonGetList(nullptr, 0, count), "cannot list the emoticons");
+    Check({storage->EmoticonGetList(nullptr, 0, count), "EmoticonGetList"}, "cannot list the emoticons");
     Report report;
     report.AddData("emoticons", Json::Value());
     report.AddText("The server has sent the list, but the module does not hand it out: how many emoticons there are\n"
                    "stands in its log alone, which --log trace shows.\n");
     return report;
+}
+
+Report StorageChecksumCommand(const Options& options)
+{
+    const CFileStorage storage(nullptr, nullptr);
+    return ForEach("files", options.files, options, [&](const std::string& file) {
+        const LocalPath local = SplitPath(Wide(file));
+        const std::uint64_t size = TransferableSize(local.Whole());
+        std::array<wchar_t, 33> md5{};
+        std::array<wchar_t, 41> sha1{};
+        unsigned long digestedSize = 0;
+        Check({storage.FileGetChecksum(local.folder.c_str(), local.name.c_str(), digestedSize, md5.data(), sha1.data()),
+               "FileGetChecksum"},
+              "cannot read " + ToUtf8(local.name));
+        // The module has no digests for an empty file, and does not tell one apart from a file that it cannot read.
+        if (size != 0 && sha1[0] == L'\0')
+            throw Failure("cannot read " + ToUtf8(local.name), Result::LocalFileFailed);
+        Report report;
+        report.Add("name", ToUtf8(local.name));
+        AddSize(report, "size", size);
+        AddDigest(report, size != 0 ? ToUtf8(md5.data()) : DigestOf(local.Whole()));
+        report.Add("sha1", size != 0 ? ToUtf8(sha1.data()) : kSha1OfNothing);
+        return report;
+    });
 }
 
 } // namespace quorvex::console

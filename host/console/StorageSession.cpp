@@ -33,7 +33,7 @@ Storage::Storage(const Options& options)
     if (!m_storage.IsConnected())
         throw Failure("cannot use the server address " + options.server, Result::NotConnected);
     CheckThatLoginHolds(L"login_rest.php?u=" + m_user + L"&p=" + m_credential);
-    Check(LogIn(), "cannot log in to " + options.server);
+    CheckLogin({LogIn(), "UserLogin"}, options.server, m_storage.GetLastErrMsg());
 }
 
 int Storage::Run(const std::function<int(const CFileStorage&)>& request, int refusal)

@@ -37,6 +37,8 @@ public:
     /// @return the last result, also when it is the login's
     int Run(const std::function<int(const CFileStorage&)>& request, int refusal = 403);
 
+    int LogOut() { return m_storage.UserLogout(); }
+
 private:
     int LogIn();
 

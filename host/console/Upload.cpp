@@ -39,9 +39,9 @@ void Confirm(UploadResult& result, const UploadTarget& target)
 
 } // namespace
 
-UploadResult Upload(const UploadTarget& target, const Options& options)
+UploadResult Upload(const UploadTarget& target, const std::string& file, const Options& options)
 {
-    const LocalPath local = SplitPath(Wide(options.file));
+    const LocalPath local = SplitPath(Wide(file));
     UploadResult result;
     result.name = ToUtf8(local.name);
     result.size = TransferableSize(local.Whole());

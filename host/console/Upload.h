@@ -20,10 +20,10 @@ struct UploadResult
     bool verified = false;         ///< the server tells the same MD5
 };
 
-/// Uploads options.file: whole up to options.largeFrom bytes where the target takes whole files, otherwise in blocks.
+/// Uploads a file: whole up to options.largeFrom bytes where the target takes whole files, otherwise in blocks.
 /// An interrupted upload in blocks goes on behind the last block that the server has confirmed, which a record beside
 /// the file tells.
 /// @throws Failure
-UploadResult Upload(const UploadTarget& target, const Options& options);
+UploadResult Upload(const UploadTarget& target, const std::string& file, const Options& options);
 
 } // namespace quorvex::console

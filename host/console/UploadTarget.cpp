@@ -18,21 +18,23 @@ template <class AnyStorage>
 UploadTarget ToAnnouncedFile(AnyStorage& storage)
 {
     UploadTarget target;
-    target.create = [&storage](const LocalPath& local, std::string& key, bool& isComplete) {
+    target.create = [&storage](const LocalPath& local, std::string& key, bool& isComplete) -> Outcome {
         KeyRoom room{};
         const int result = storage->LargeFileCreate(local.folder.c_str(), local.name.c_str(), room.data(),
                                                     static_cast<unsigned long>(room.size()));
         key = ToUtf8(room.data());
         isComplete = false;
-        return result;
+        return {result, "LargeFileCreate"};
     };
-    target.sendBlock = [&storage](const LocalPath&, const UploadIds& ids, const Block& block) {
+    target.sendBlock = [&storage](const LocalPath&, const UploadIds& ids, const Block& block) -> Outcome {
         const std::wstring key = Wide(ids.key);
-        return storage.Run(
+        const int result = storage.Run(
             [&](auto& depot) { return depot.LargeFileUpload(key.c_str(), block.data, block.size, block.position); });
+        return {result, "LargeFileUpload"};
     };
-    target.finish = [&storage](const std::wstring& key) {
-        return storage.Run([&](auto& depot) { return depot.LargeFileUploadFinish(key.c_str()); });
+    target.finish = [&storage](const std::wstring& key) -> Outcome {
+        return {storage.Run([&](auto& depot) { return depot.LargeFileUploadFinish(key.c_str()); }),
+                "LargeFileUploadFinish"};
     };
     return target;
 }
@@ -42,26 +44,28 @@ UploadTarget ToAnnouncedFile(AnyStorage& storage)
 UploadTarget ToDisk(const netdisk::CNetDisk& disk)
 {
     UploadTarget target;
-    target.sendWhole = [&disk](const LocalPath& local, std::string& key) {
+    target.sendWhole = [&disk](const LocalPath& local, std::string& key) -> Outcome {
         UploadKey room;
         const int result =
             disk.FileUpload(local.folder.c_str(), local.name.c_str(), room.Room(), UploadKey::kStatedSize);
         key = room.Text();
-        return result;
+        return {result, "FileUpload"};
     };
-    target.create = [&disk](const LocalPath& local, std::string& key, bool& isComplete) {
+    target.create = [&disk](const LocalPath& local, std::string& key, bool& isComplete) -> Outcome {
         UploadKey room;
         int complete = 0;
         const int result = disk.LargeFileCreate(local.folder.c_str(), local.name.c_str(), room.Room(),
                                                 UploadKey::kStatedSize, complete);
         key = room.Text();
         isComplete = complete != 0;
-        return result;
+        return {result, "LargeFileCreate"};
     };
-    target.sendBlock = [&disk](const LocalPath&, const UploadIds& ids, const Block& block) {
-        return disk.LargeFileUpload(Wide(ids.key).c_str(), block.data, block.size, block.position);
+    target.sendBlock = [&disk](const LocalPath&, const UploadIds& ids, const Block& block) -> Outcome {
+        return {disk.LargeFileUpload(Wide(ids.key).c_str(), block.data, block.size, block.position), "LargeFileUpload"};
     };
-    target.finish = [&disk](const std::wstring& key) { return disk.LargeFileFinish(key.c_str()); };
+    target.finish = [&disk](const std::wstring& key) -> Outcome {
+        return {disk.LargeFileFinish(key.c_str()), "LargeFileFinish"};
+    };
     target.askAbout = [&disk](const std::wstring& key, const std::string& what) { return AskAbout(disk, key, what); };
     return target;
 }
@@ -86,7 +90,7 @@ UploadTarget ToDepot(Storage3& storage)
 {
     UploadTarget target;
     target.transport = Transport::Host;
-    target.sendBlock = [&storage](const LocalPath& local, UploadIds& ids, const Block& block) {
+    target.sendBlock = [&storage](const LocalPath& local, UploadIds& ids, const Block& block) -> Outcome {
         KeyRoom key{};
         KeyRoom ticket{};
         Wide(ids.ticket).copy(ticket.data(), ticket.size() - 1);
@@ -96,7 +100,7 @@ UploadTarget ToDepot(Storage3& storage)
         });
         if (result == 0)
             ids = {ToUtf8(key.data()), ToUtf8(ticket.data())};
-        return result;
+        return {result, "BufferUpload"};
     };
     return target;
 }

@@ -1,9 +1,9 @@
 #pragma once
 
+#include "Failure.h"
 #include "HostStorage.h"
 #include "Paths.h"
 #include "RemoteFile.h"
-#include "ResultText.h"
 #include "ResumeRecord.h"
 #include "StorageSession.h"
 
@@ -23,18 +23,18 @@ struct Block
     bool isLast;
 };
 
-/// Where an upload goes. The operations return the module's results.
+/// Where an upload goes. The operations tell what the module's have returned.
 struct UploadTarget
 {
     /// Sends a whole file; empty where files go in blocks alone.
-    std::function<int(const LocalPath& local, std::string& key)> sendWhole;
+    std::function<Outcome(const LocalPath& local, std::string& key)> sendWhole;
     /// Announces a file; "isComplete" tells that the server has all of it already. Empty where a file begins with its
     /// first block.
-    std::function<int(const LocalPath& local, std::string& key, bool& isComplete)> create;
+    std::function<Outcome(const LocalPath& local, std::string& key, bool& isComplete)> create;
     /// Sends a block and takes what the server tells to know the next one by.
-    std::function<int(const LocalPath& local, UploadIds& ids, const Block& block)> sendBlock;
+    std::function<Outcome(const LocalPath& local, UploadIds& ids, const Block& block)> sendBlock;
     /// Empty where a file ends with its last block.
-    std::function<int(const std::wstring& key)> finish;
+    std::function<Outcome(const std::wstring& key)> finish;
     /// As AskAbout; empty where nothing can be asked.
     std::function<RemoteFile(const std::wstring& key, const std::string& what)> askAbout;
     Transport transport = Transport::Module;

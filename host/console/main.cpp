@@ -1,5 +1,6 @@
 #include "CommandLine.h"
 #include "Failure.h"
+#include "Interruption.h"
 #include "Output.h"
 #include "Text.h"
 
@@ -12,8 +13,6 @@ namespace
 {
 
 using namespace quorvex::console;
-
-constexpr int kFailureExitStatus = 1;
 
 unsigned LevelBits(const std::string& name)
 {
@@ -32,26 +31,37 @@ void StartLog(const Options& options)
         throw Failure("cannot write the log file " + options.logFile);
 }
 
-/// "code" is the module's result, or null when that is not the reason.
-void TellFailure(bool asJson, const Failure& failure)
+/// Tells what a command has to tell, also of its failure.
+/// @return the exit status
+int Tell(const Report& report, bool asJson)
 {
-    if (!asJson)
-        return WriteError(std::string("quorvex: ") + failure.what() + '\n');
-    Json::Value object;
-    object["ok"] = false;
-    object["code"] = failure.Code() ? Json::Value(*failure.Code()) : Json::Value();
-    object["meaning"] = failure.Meaning();
-    object["message"] = failure.what();
-    WriteOut(JsonLine(object));
+    const auto& failure = report.WhyFailed();
+    const std::string text = asJson ? report.ForMachines() : report.ForPeople();
+    if (!text.empty())
+        WriteOut(text);
+    if (failure && !asJson)
+        WriteError(std::string("quorvex: ") + failure->what() + '\n');
+    return failure ? failure->Status() : ExitStatus::kDone;
+}
+
+/// @param command its words; empty when the command line names none
+int TellFailure(const Failure& failure, const std::string& command, bool asJson)
+{
+    Report report;
+    report.AddData("command", command.empty() ? Json::Value() : Json::Value(command));
+    report.SetFailure(failure);
+    return Tell(report, asJson);
 }
 
 int Tell(const Answer& answer, bool asJson)
 {
-    if (answer.exitStatus == 0)
+    if (answer.exitStatus == ExitStatus::kDone)
+    {
         WriteOut(answer.text);
-    else
-        TellFailure(asJson, Failure(answer.text.substr(0, answer.text.find('\n'))));
-    if (answer.exitStatus != 0 && !asJson)
+        return answer.exitStatus;
+    }
+    TellFailure(Failure(answer.text.substr(0, answer.text.find('\n'))), {}, asJson);
+    if (!asJson)
         WriteError("Run with --help for more information.\n");
     return answer.exitStatus;
 }
@@ -59,27 +69,29 @@ int Tell(const Answer& answer, bool asJson)
 int Run(const Invocation& invocation)
 {
     StartLog(invocation.options);
-    const Report report = invocation.command(invocation.options);
-    WriteOut(invocation.options.json ? report.ForMachines() : report.ForPeople());
-    return 0;
+    Report report = invocation.command(invocation.options);
+    report.AddData("command", invocation.words);
+    return Tell(report, invocation.options.json);
 }
 
 int RunSafely(const Invocation& invocation)
 {
     const bool asJson = invocation.options.json;
+    TakeInterruptions([&invocation, asJson] {
+        TellFailure(Failure::Interruption("interrupted: " + invocation.words), invocation.words, asJson);
+    });
     try
     {
         return Run(invocation);
     }
     catch (const Failure& failure)
     {
-        TellFailure(asJson, failure);
+        return TellFailure(failure, invocation.words, asJson);
     }
     catch (const std::exception& error)
     {
-        TellFailure(asJson, Failure(error.what()));
+        return TellFailure(Failure(error.what()), invocation.words, asJson);
     }
-    return kFailureExitStatus;
 }
 
 } // namespace
@@ -100,6 +112,6 @@ int wmain(int argc, wchar_t** argv)
     catch (const std::exception& error)
     {
         WriteError(std::string("quorvex: ") + error.what() + '\n');
-        return kFailureExitStatus;
+        return ExitStatus::kFailed;
     }
 }

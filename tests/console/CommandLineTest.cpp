@@ -51,7 +51,8 @@ TEST_F(CommandLineTest, ReadsOptionsBeforeAndBehindTheCommand)
         EXPECT_EQ(each.options.server, "http://a/b");
         EXPECT_EQ(each.options.user, "ann");
         EXPECT_EQ(each.options.password, "p w");
-        EXPECT_EQ(each.options.file, "a.txt");
+        EXPECT_EQ(each.options.files, std::vector<std::string>{"a.txt"});
+        EXPECT_EQ(each.words, "netdisk put");
     }
 }
 
@@ -59,6 +60,7 @@ TEST_F(CommandLineTest, KnowsEveryCommand)
 {
     const std::vector<std::pair<std::vector<std::string>, Command>> commands{
         {{"login"}, &LoginCommand},
+        {{"logout"}, &LogoutCommand},
         {{"put", "f"}, &PutCommand},
         {{"get", "k"}, &GetCommand},
         {{"info", "k"}, &InfoCommand},
@@ -78,6 +80,10 @@ TEST_F(CommandLineTest, KnowsEveryCommand)
         {{"fetch", "c"}, &FetchCommand},
         {{"quota"}, &QuotaCommand},
         {{"checksum", "f"}, &ChecksumCommand},
+        {{"blocks", "create", "f"}, &CreateBlocksCommand},
+        {{"blocks", "send", "k", "f"}, &SendBlockCommand},
+        {{"blocks", "finish", "k"}, &FinishBlocksCommand},
+        {{"blocks", "read", "k", "--out", "f"}, &ReadBlockCommand},
     };
     for (const auto& [words, command] : commands)
     {
@@ -88,14 +94,15 @@ TEST_F(CommandLineTest, KnowsEveryCommand)
         arguments.emplace_back("--help");
         EXPECT_FALSE(ParseCommandLine(arguments, m_answer).has_value());
         EXPECT_EQ(m_answer.exitStatus, 0);
-        EXPECT_NE(m_answer.text.find("Examples:\n  quorvex netdisk " + words.front()), std::string::npos);
+        EXPECT_NE(m_answer.text.find("Examples:\n  quorvex netdisk " + words.front()), std::string::npos)
+            << m_answer.text;
     }
 }
 
 TEST_F(CommandLineTest, TakesAPathWithSlashesAsAFile)
 {
-    EXPECT_EQ(Parsed({"netdisk", "checksum", "/home/me/file"}).options.file, "/home/me/file");
-    EXPECT_EQ(Parsed({"netdisk", "checksum", "--", "-file"}).options.file, "-file");
+    EXPECT_EQ(Parsed({"netdisk", "checksum", "/home/me/file"}).options.files.front(), "/home/me/file");
+    EXPECT_EQ(Parsed({"netdisk", "checksum", "--", "-file"}).options.files.front(), "-file");
 }
 
 TEST_F(CommandLineTest, ReadsSizesWithUnits)
@@ -145,7 +152,7 @@ TEST_F(CommandLineTest, RefusesKeysThatWouldChangeTheRequest)
     for (const char* const key : {"a/b", "a&b=c", "a b", "a\"b", "..", "", "123456789012345678901234567890123"})
         EXPECT_NE(Complaint({"netdisk", "info", key, "--session", "s"}), "") << key;
     const std::string longest = "12345678901234567890123456789-_Z";
-    EXPECT_EQ(Parsed({"netdisk", "info", longest, "--session", "s"}).options.key, longest);
+    EXPECT_EQ(Parsed({"netdisk", "info", longest, "--session", "s"}).options.keys.front(), longest);
 }
 
 TEST_F(CommandLineTest, RefusesIdsAndCodesThatWouldChangeTheRequest)
@@ -199,6 +206,53 @@ TEST_F(CommandLineTest, NamesAFolderByItsIdWhenToldTo)
     EXPECT_FALSE(Parsed({"netdisk", "rm", "7a", "--session", "s"}).options.isFolder);
 }
 
+TEST_F(CommandLineTest, TakesSeveralFilesKeysAndIds)
+{
+    const std::vector<std::string> three{"a", "b", "c"};
+    const auto given = [&](const std::string& command) {
+        return Parsed({"netdisk", command, "a", "b", "c", "--session", "s"}).options;
+    };
+    for (const char* const command : {"put", "checksum"})
+        EXPECT_EQ(given(command).files, three) << command;
+    for (const char* const command : {"get", "info", "rm"})
+        EXPECT_EQ(given(command).keys, three) << command;
+    for (const char* const command : {"restore", "purge"})
+        EXPECT_EQ(given(command).items, three) << command;
+}
+
+TEST_F(CommandLineTest, ReadsWhichPieceOfAFileIsMeant)
+{
+    const Options piece =
+        Parsed({"netdisk", "blocks", "read", "k", "--offset", "4MiB", "--length", "64KiB", "-o", "f", "--session", "s"})
+            .options;
+    EXPECT_EQ(piece.offset, 4u << 20);
+    EXPECT_EQ(piece.length, 64u << 10);
+    EXPECT_EQ(piece.out, "f");
+    EXPECT_EQ(Parsed({"netdisk", "blocks", "send", "k", "f", "--session", "s"}).options.offset, 0u);
+    for (const char* const option : {"--offset=4GiB", "--length=0", "--length=257MiB"})
+        EXPECT_NE(Complaint({"netdisk", "blocks", "send", "k", "f", option, "--session", "s"}), "") << option;
+    EXPECT_NE(Complaint({"netdisk", "blocks", "read", "k", "--session", "s"}).find("--out"), std::string::npos);
+}
+
+TEST_F(CommandLineTest, NeedsNoServerForWhatStandsAlone)
+{
+    const Invocation md5 = Parsed({"md5", "a", "b"});
+    EXPECT_EQ(md5.words, "md5");
+    EXPECT_EQ(md5.service, nullptr);
+    EXPECT_EQ(md5.options.files, (std::vector<std::string>{"a", "b"}));
+    EXPECT_EQ(Parsed({"completion", "bash"}).options.shell, "bash");
+    EXPECT_NE(Complaint({"completion", "dos"}), "");
+    EXPECT_NE(Complaint({"completion"}), "");
+}
+
+TEST_F(CommandLineTest, LetsTheDoctorComeWithoutALogin)
+{
+    const Options options = Parsed({"doctor", "--storage", "http://s", "--search", "http://o"}).options;
+    EXPECT_EQ(options.server, "http://127.0.0.1:8080/object");
+    EXPECT_EQ(options.storage, "http://s");
+    EXPECT_EQ(options.search, "http://o");
+}
+
 TEST_F(CommandLineTest, TakesSeveralKeysAndCodes)
 {
     const Options share = Parsed({"netdisk", "share", "a", "b", "c", "--for", "24h", "--session", "s"}).options;
@@ -249,7 +303,6 @@ TEST_F(CommandLineTest, RefusesWhatItDoesNotKnow)
     EXPECT_NE(Complaint({"netdisk"}), "");
     EXPECT_NE(Complaint({"netdisk", "fly", "--session", "s"}), "");
     EXPECT_NE(Complaint({"netdisk", "put", "--session", "s"}), "");
-    EXPECT_NE(Complaint({"netdisk", "put", "a", "b", "--session", "s"}), "");
     EXPECT_NE(Complaint({"netdisk", "mv", "k", "--session", "s"}), "");
     EXPECT_NE(Complaint({"netdisk", "quota", "--session", "s", "--log", "loud"}), "");
     EXPECT_NE(Complaint({"netdisk", "quota", "--session", "s", "--unknown"}), "");

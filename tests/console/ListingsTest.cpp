@@ -36,6 +36,41 @@ TEST(Listings, ReadEveryFieldOfAFile)
               "\"name\":\"\xE4\xB8\xAD\xE6\x96\x87 \xF0\x9F\x98\x80.txt\",\"size\":4294967295}\n");
 }
 
+template <std::size_t Size>
+void SetUtf8(char (&field)[Size], const std::string& text)
+{
+    field[text.copy(field, Size - 1)] = '\0';
+}
+
+TEST(Listings, ReadUtf8RecordsAsTheOthers)
+{
+    netdisk::_FileInfoUTF8 file{};
+    SetUtf8(file.fkey, "0a1b");
+    SetUtf8(file.name, "caf\xC3\xA9");
+    file.size = 5;
+    file.cflag = 1;
+    file.downcount = 7;
+    file.ctime = 9;
+    std::fill(std::begin(file.md5), std::end(file.md5), 'm');
+    EXPECT_EQ(JsonLine(ToJson(EntryOf(file))),
+              "{\"complete\":true,\"created\":9,\"downloads\":7,\"key\":\"0a1b\",\"md5\":\"" + std::string(33, 'm') +
+                  "\",\"name\":\"caf\xC3\xA9\",\"size\":5}\n");
+
+    netdisk::_FolderInfoUTF8 folder{};
+    SetUtf8(folder.fo_id, "7a");
+    SetUtf8(folder.name, "Films");
+    EXPECT_EQ(JsonLine(ToJson(EntryOf(folder))), "{\"id\":\"7a\",\"name\":\"Films\"}\n");
+
+    netdisk::_RItemInfoUTF8 item{};
+    SetUtf8(item.rs_id, "3c");
+    item.rtime = 4;
+    item.type = 2;
+    SetUtf8(item.name, "n");
+    SetUtf8(item.fo_before, "/a");
+    EXPECT_EQ(JsonLine(ToJson(EntryOf(item))),
+              "{\"from\":\"/a\",\"id\":\"3c\",\"name\":\"n\",\"removed\":4,\"type\":\"folder\"}\n");
+}
+
 TEST(Listings, ReadAFieldWithoutAnEndToItsLastPlaceOnly)
 {
     netdisk::_FileInfo file{};

@@ -117,6 +117,21 @@ TEST(DistinctNames, AvoidNamesThatHaveANumberAlready)
               (std::vector<std::wstring>{L"a (2).txt", L"a.txt", L"a (3).txt", L"a (3) (2).txt"}));
 }
 
+TEST(DownloadPlaces, LieSideBySideInAFolder)
+{
+    DownloadPlaces places(".", 3);
+    EXPECT_EQ(places.For(L"a.txt").filename(), L"a.txt");
+    EXPECT_EQ(places.For(L"A.txt").filename(), L"A (2).txt");
+    EXPECT_EQ(places.For(L"b.txt").filename(), L"b.txt");
+}
+
+TEST(DownloadPlaces, NeedAFolderForSeveral)
+{
+    EXPECT_THROW(DownloadPlaces("no such folder", 2), Failure);
+    EXPECT_EQ(DownloadPlaces("some file", 1).For(L"a.txt").filename(), L"some file");
+    EXPECT_EQ(DownloadPlaces("", 2).For(L"a.txt").filename(), L"a.txt");
+}
+
 TEST(TargetOf, IsInAFolderOrAFile)
 {
     const std::filesystem::path here = std::filesystem::current_path();

@@ -37,6 +37,26 @@ TEST(Report, TellsTheSameAsATextAndAsData)
     EXPECT_EQ(report.ForPeople(), "id  0\nNAME\na\n1 file\n");
 }
 
+TEST(Report, TellsAFailureTogetherWithWhatWasDone)
+{
+    Report report;
+    report.AddData("files", Json::Value(Json::arrayValue));
+    report.SetFailure(Failure("cannot log in", {403, "UserLogin"}));
+    EXPECT_EQ(report.ForMachines(),
+              "{\"code\":403,\"files\":[],\"meaning\":\"the server does not accept the session\","
+              "\"message\":\"cannot log in: the server does not accept the session (result 403)\","
+              "\"ok\":false,\"operation\":\"UserLogin\"}\n");
+}
+
+TEST(Report, LeavesOpenWhatAFailureOfTheConsoleDoesNotHave)
+{
+    const Json::Value members = Failure("no such file").Members();
+    EXPECT_TRUE(members["code"].isNull());
+    EXPECT_TRUE(members["operation"].isNull());
+    EXPECT_EQ(members["meaning"].asString(), "no such file");
+    EXPECT_EQ(members["message"].asString(), "no such file");
+}
+
 TEST(Report, CanBeEmpty)
 {
     EXPECT_EQ(Report().ForPeople(), "");

@@ -74,12 +74,13 @@ TEST(Failure, IsOneSentenceWithTheResult)
     EXPECT_STREQ(failure.what(), "cannot upload a.txt: the local file could not be opened, read to its end, or closed "
                                  "(result -120)");
     EXPECT_EQ(failure.Code(), -120);
-    EXPECT_STREQ(Failure("cannot x", 500, "try again").what(), "cannot x: the server failed (result 500); try again");
+    EXPECT_STREQ(Failure("cannot x", Outcome(500), "try again").what(),
+                 "cannot x: the server failed (result 500); try again");
 }
 
 TEST(Failure, TellsWhatItsResultMeans)
 {
-    EXPECT_EQ(Failure("cannot x", -2, "", Transport::Host).Meaning(), MeaningOf(-2, Transport::Host));
+    EXPECT_EQ(Failure("cannot x", Outcome(-2), "", Transport::Host).Meaning(), MeaningOf(-2, Transport::Host));
     EXPECT_EQ(Failure("cannot x", -2).Meaning(), MeaningOf(-2));
     EXPECT_EQ(Failure("a.txt is a folder").Meaning(), "a.txt is a folder");
 }
@@ -93,9 +94,9 @@ TEST(Failure, NeedsNoResult)
 
 TEST(Failure, IsThrownForEveryResultButZero)
 {
-    EXPECT_NO_THROW(Check(0, "cannot"));
-    EXPECT_THROW(Check(1, "cannot"), Failure);
-    EXPECT_THROW(Check(-100, "cannot"), Failure);
+    EXPECT_NO_THROW(Check(Outcome(0), "cannot"));
+    EXPECT_THROW(Check(Outcome(1), "cannot"), Failure);
+    EXPECT_THROW(Check(Outcome(-100), "cannot"), Failure);
 }
 
 } // namespace

@@ -57,6 +57,8 @@ TEST_F(SearchCommandLine, KnowsEveryCommand)
         {{"update", "im", "a=1"}, &SearchUpdateCommand},
         {{"find", "im"}, &SearchFindCommand},
         {{"count", "im"}, &SearchCountCommand},
+        {{"logout"}, &SearchLogoutCommand},
+        {{"profile", "a=1"}, &SearchProfileCommand},
     };
     for (const auto& [words, command] : commands)
     {
@@ -104,6 +106,19 @@ TEST_F(SearchCommandLine, RefusesWhatWouldChangeTheRequest)
     EXPECT_NE(Complaint({"status", "im"}), "");
 }
 
+TEST_F(SearchCommandLine, TakesAFormInThePlaceOfConditions)
+{
+    for (const char* const command : {"find", "count"})
+    {
+        EXPECT_EQ(Parsed({command, "--form", "app=im&a=1"}).form, "app=im&a=1");
+        EXPECT_NE(Complaint({command, "im", "--form", "app=im"}).find("--form"), std::string::npos);
+        EXPECT_NE(Complaint({command}).find("app or --form"), std::string::npos);
+    }
+    EXPECT_EQ(Parsed({"profile", "--form", "a=1"}).form, "a=1");
+    EXPECT_NE(Complaint({"profile", "a=1", "--form", "a=1"}).find("--form"), std::string::npos);
+    EXPECT_NE(Complaint({"profile"}).find("fields or --form"), std::string::npos);
+}
+
 TEST_F(SearchCommandLine, HasAServerOfItsOwn)
 {
     EXPECT_EQ(Parsed({"find", "im"}).server, "http://127.0.0.1:8080/search");
@@ -131,6 +146,12 @@ TEST(SearchForm, TakesAnyTextAsAValue)
 {
     for (const std::string field : {"a=", "a=&b=c%20+ \"x\"\n", "\xD0\xB3\xD0\xBE\xD0\xB4=1", "a b+c=1", "apps=1"})
         EXPECT_EQ(ComplaintAboutField(field), "") << field;
+}
+
+TEST(SearchForm, EncodesValuesAndLeavesNames)
+{
+    EXPECT_EQ(FormOf({"a b", "c d&e=f", "none", "", "city", "\xC3\xA9"}), "a b=c%20d%26e%3Df&none=&city=%C3%A9");
+    EXPECT_EQ(FormOf({}), "");
 }
 
 TEST(SearchForm, RefusesNamesThatWouldChangeTheForm)
@@ -247,10 +268,10 @@ TEST(AccountSession, IsTheOneGivenWhenThereIsOne)
 
 TEST(AccountSession, ComesFromTheNetworkDiskBesideTheService)
 {
-    EXPECT_EQ(AccountsBeside("http://host:8080/search"), "http://host:8080/object");
-    EXPECT_EQ(AccountsBeside("http://host:8080/a/b/"), "http://host:8080/object");
-    EXPECT_EQ(AccountsBeside("http://host"), "http://host/object");
-    EXPECT_EQ(AccountsBeside("https://[::1]:80/"), "https://[::1]:80/object");
+    EXPECT_EQ(Beside("http://host:8080/search", kNetDisk), "http://host:8080/object");
+    EXPECT_EQ(Beside("http://host:8080/a/b/", kNetDisk), "http://host:8080/object");
+    EXPECT_EQ(Beside("http://host", kNetDisk), "http://host/object");
+    EXPECT_EQ(Beside("https://[::1]:80/", kNetDisk), "https://[::1]:80/object");
 }
 
 TEST(AccountSession, NeedsAnAddressThatCanBeOne)

@@ -103,10 +103,25 @@ TEST_F(StorageCommandLine, ReadsNamesAndOwners)
     EXPECT_EQ(photo.file, "me.jpg");
     EXPECT_EQ(photo.name, "ann & co.jpg");
     const Options emoticon = Parsed({"storage", "emoticons", "get", "smile.gif", "--uid", "2", "-o", "out"}).options;
-    EXPECT_EQ(emoticon.key, "smile.gif");
+    EXPECT_EQ(emoticon.names, std::vector<std::string>{"smile.gif"});
     EXPECT_EQ(emoticon.uid, "2");
     EXPECT_EQ(emoticon.out, "out");
     EXPECT_EQ(Parsed({"storage", "emoticons", "get", "smile.gif"}).options.uid, "");
+}
+
+TEST_F(StorageCommandLine, TakesSeveralFilesNamesAndKeys)
+{
+    const std::vector<std::string> two{"a", "b"};
+    EXPECT_EQ(Parsed({"storage", "put-picture", "a", "b"}).options.files, two);
+    EXPECT_EQ(Parsed({"storage", "get-picture", "a", "b"}).options.names, two);
+    EXPECT_EQ(Parsed({"storage", "emoticons", "put", "a", "b"}).options.files, two);
+    EXPECT_EQ(Parsed({"storage", "emoticons", "rm", "a", "b"}).options.names, two);
+    EXPECT_EQ(Parsed({"storage", "checksum", "a", "b"}).options.files, two);
+    EXPECT_EQ(Parsed({"depot", "put", "a", "b"}).options.files, two);
+    EXPECT_EQ(Parsed({"depot", "get", "a", "b"}).options.keys, two);
+    EXPECT_EQ(Parsed({"depot", "rm", "a", "b"}).options.keys, two);
+    EXPECT_EQ(Parsed({"depot", "renew", "a", "b"}).options.keys, two);
+    EXPECT_NE(Complaint({"storage", "emoticons", "put", "a", "b", "--name", "n"}).find("one file"), std::string::npos);
 }
 
 TEST_F(StorageCommandLine, RefusesNamesThatWouldChangeTheRequest)
@@ -124,7 +139,7 @@ TEST_F(StorageCommandLine, RefusesNamesThatWouldChangeTheRequest)
 TEST_F(StorageCommandLine, RefusesKeysAndUidsThatWouldChangeTheRequest)
 {
     const std::string longest(64, 'k');
-    EXPECT_EQ(Parsed({"depot", "rm", longest}).options.key, longest);
+    EXPECT_EQ(Parsed({"depot", "rm", longest}).options.keys.front(), longest);
     for (const std::string& key : {std::string("a&b"), std::string("../a"), std::string("a b"), std::string(65, 'k')})
         for (const char* const command : {"get", "rm", "renew", "info"})
             EXPECT_NE(Complaint({"depot", command, key}).find("1 to 64 letters"), std::string::npos) << key;
@@ -149,10 +164,16 @@ TEST_F(StorageCommandLine, TakesEachCommandInTheGenerationsThatHaveIt)
         {{"depot", "ls"}, 1},
         {{"depot", "renew", "k"}, 1},
         {{"depot", "info"}, 1},
+        {{"storage", "logout"}, 3},
+        {{"depot", "blocks", "create", "f"}, 2},
+        {{"depot", "blocks", "send", "k", "f"}, 2},
+        {{"depot", "blocks", "finish", "k"}, 2},
+        {{"depot", "blocks", "read", "k", "--out", "f"}, 3},
     };
     for (const auto& [words, last] : lastGenerations)
     {
-        const std::string operation = words[1] == "emoticons" ? words[1] + ' ' + words[2] : words[0] + ' ' + words[1];
+        const bool isInGroup = words[1] == "emoticons" || words[1] == "blocks";
+        const std::string operation = words[0] + ' ' + words[1] + (isInGroup ? ' ' + words[2] : std::string());
         EXPECT_EQ(Parsed(words).options.generation, 1);
         for (int generation = 1; generation <= 3; ++generation)
         {

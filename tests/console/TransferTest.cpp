@@ -1,5 +1,6 @@
 #include "Download.h"
 #include "Failure.h"
+#include "Interruption.h"
 #include "LargeUpload.h"
 #include "LocalFile.h"
 #include "Text.h"
@@ -35,13 +36,15 @@ public:
             key = "key" + std::to_string(++creations);
             isComplete = hasContent;
             content.clear();
-            return 0;
+            return Outcome(0);
         };
-        target.sendBlock = [this](const LocalPath&, const UploadIds&, const Block& block) { return Take(block); };
+        target.sendBlock = [this](const LocalPath&, const UploadIds&, const Block& block) {
+            return Outcome(Take(block));
+        };
         target.finish = [this](const std::wstring&) {
             const int result = finishResult;
             finishResult = 0;
-            return result;
+            return Outcome(result);
         };
         target.askAbout = [this](const std::wstring&, const std::string&) {
             return RemoteFile{L"stored.bin", content.size(), md5, "stored.bin"};
@@ -62,7 +65,7 @@ public:
             if (result == 0)
                 ids.ticket = ticket = "ticket" + std::to_string(blocks);
             lastBlocks += block.isLast ? "L" : ".";
-            return result;
+            return Outcome(result);
         };
         target.transport = Transport::Host;
         return target;
@@ -76,6 +79,7 @@ public:
     int creations = 0;
     int blocks = 0;
     int blocksUntilRefusal = -1;
+    int stopAfter = -1; ///< blocks
     int refusal = 500;
     int finishResult = 0;
 
@@ -84,6 +88,7 @@ private:
     {
         if (blocksUntilRefusal-- == 0)
             return refusal;
+        isAskedToStop = blocks + 1 == stopAfter;
         content.resize(std::max<std::size_t>(content.size(), block.position + block.size));
         std::copy_n(static_cast<const char*>(block.data), block.size,
                     content.begin() + static_cast<std::ptrdiff_t>(block.position));
@@ -104,16 +109,21 @@ protected:
         m_file = m_folder / "file.bin";
         std::ofstream(m_file, std::ios::binary) << m_content;
         m_options.server = "http://server";
-        m_options.file = ToUtf8(m_file.wstring());
         m_options.blockSize = 3;
         m_options.largeFrom = 100;
         m_options.quiet = true;
         m_server.md5 = DigestOf(m_file);
     }
 
-    void TearDown() override { std::filesystem::remove_all(m_folder); }
+    void TearDown() override
+    {
+        isAskedToStop = false;
+        std::filesystem::remove_all(m_folder);
+    }
 
-    UploadResult Put() { return Upload(m_server.Target(), m_options); }
+    UploadResult UploadHere(const UploadTarget& target) { return Upload(target, ToUtf8(m_file.wstring()), m_options); }
+
+    UploadResult Put() { return UploadHere(m_server.Target()); }
 
     std::filesystem::path Record() const { return m_folder / "file.bin.quorvex-resume"; }
 
@@ -121,14 +131,15 @@ protected:
     {
         DownloadSource source;
         source.remote = {L"file.bin", m_content.size(), m_server.md5, "file.bin"};
-        source.fetchRange = [this](unsigned long position, void* buffer, unsigned long& size) {
+        source.fetchRange = [this](unsigned long position, void* buffer, unsigned long& size) -> Outcome {
             if (m_rangesUntilFailure-- == 0)
-                return 500;
+                return {500, "ReadRange"};
+            isAskedToStop = m_ranges + 1 == m_stopAfter;
             // Behind its end there is nothing.
             size = static_cast<unsigned long>(
                 m_content.copy(static_cast<char*>(buffer), size, std::min<std::size_t>(position, m_content.size())));
             ++m_ranges;
-            return 0;
+            return Outcome(0);
         };
         return source;
     }
@@ -146,6 +157,7 @@ protected:
     Options m_options;
     BlockServer m_server;
     int m_ranges = 0;
+    int m_stopAfter = -1;
     int m_rangesUntilFailure = -1;
     std::filesystem::path m_folder;
     std::filesystem::path m_file;
@@ -170,11 +182,11 @@ TEST_F(Transfer, SendsSmallFilesWholeWhereThatCanBe)
     target.sendWhole = [this](const LocalPath& local, std::string& key) {
         m_server.content = ContentOf(local.Whole());
         key = "whole";
-        return 0;
+        return Outcome(0);
     };
-    EXPECT_EQ(Upload(target, m_options).key, "whole");
+    EXPECT_EQ(UploadHere(target).key, "whole");
     m_options.largeFrom = m_content.size() - 1;
-    EXPECT_EQ(Upload(target, m_options).key, "key1");
+    EXPECT_EQ(UploadHere(target).key, "key1");
     EXPECT_EQ(m_server.blocks, 4);
 }
 
@@ -185,7 +197,7 @@ TEST_F(Transfer, SendsNothingThatTheServerHas)
     target.askAbout = [this](const std::wstring&, const std::string&) {
         return RemoteFile{L"stored.bin", m_content.size(), m_server.md5, "stored.bin"};
     };
-    EXPECT_TRUE(Upload(target, m_options).instant);
+    EXPECT_TRUE(UploadHere(target).instant);
     EXPECT_EQ(m_server.blocks, 0);
 }
 
@@ -265,7 +277,7 @@ TEST_F(Transfer, ComplainsWhenTheServerStatesAnotherDigest)
 
 TEST_F(Transfer, BeginsAndEndsAFileWithItsBlocksWhereThereIsNothingElse)
 {
-    const UploadResult upload = Upload(m_server.TargetWithTickets(), m_options);
+    const UploadResult upload = UploadHere(m_server.TargetWithTickets());
     EXPECT_EQ(m_server.content, m_content);
     EXPECT_EQ(m_server.lastBlocks, "...L");
     EXPECT_EQ(upload.key, "key1");
@@ -277,7 +289,7 @@ TEST_F(Transfer, BeginsAndEndsAFileWithItsBlocksWhereThereIsNothingElse)
 TEST_F(Transfer, SendsAnEmptyBlockOfAnEmptyFileThatBeginsAndEndsWithIt)
 {
     std::ofstream(m_file, std::ios::binary | std::ios::trunc).close();
-    EXPECT_EQ(Upload(m_server.TargetWithTickets(), m_options).key, "key1");
+    EXPECT_EQ(UploadHere(m_server.TargetWithTickets()).key, "key1");
     EXPECT_EQ(m_server.lastBlocks, "L");
     EXPECT_EQ(m_server.content, "");
 }
@@ -285,8 +297,8 @@ TEST_F(Transfer, SendsAnEmptyBlockOfAnEmptyFileThatBeginsAndEndsWithIt)
 TEST_F(Transfer, GoesOnWithTheTicketOfTheLastConfirmedBlock)
 {
     m_server.blocksUntilRefusal = 2;
-    EXPECT_THROW(Upload(m_server.TargetWithTickets(), m_options), Failure);
-    const UploadResult rest = Upload(m_server.TargetWithTickets(), m_options);
+    EXPECT_THROW(UploadHere(m_server.TargetWithTickets()), Failure);
+    const UploadResult rest = UploadHere(m_server.TargetWithTickets());
     EXPECT_EQ(rest.resumedFrom, 6u);
     EXPECT_EQ(rest.key, "key1");
     EXPECT_EQ(m_server.content, m_content);
@@ -297,11 +309,11 @@ TEST_F(Transfer, DoesNotGoOnWithAnUploadOfAnotherKind)
 {
     m_server.blocksUntilRefusal = 2;
     EXPECT_THROW(Put(), Failure);
-    EXPECT_EQ(Upload(m_server.TargetWithTickets(), m_options).resumedFrom, 0u);
+    EXPECT_EQ(UploadHere(m_server.TargetWithTickets()).resumedFrom, 0u);
 
     m_server.ticket.clear();
     m_server.blocksUntilRefusal = 2;
-    EXPECT_THROW(Upload(m_server.TargetWithTickets(), m_options), Failure);
+    EXPECT_THROW(UploadHere(m_server.TargetWithTickets()), Failure);
     EXPECT_EQ(Put().resumedFrom, 0u);
     EXPECT_EQ(m_server.content, m_content);
 }
@@ -312,7 +324,7 @@ TEST_F(Transfer, TellsResultsOfTheHostInItsWords)
     m_server.refusal = -2;
     try
     {
-        Upload(m_server.TargetWithTickets(), m_options);
+        UploadHere(m_server.TargetWithTickets());
         ADD_FAILURE();
     }
     catch (const Failure& failure)
@@ -381,6 +393,72 @@ TEST_F(Transfer, FetchesAFileAnewWhoseDigestIsWrong)
     EXPECT_FALSE(std::filesystem::exists(m_folder / "fetched.quorvex-part"));
 }
 
+TEST_F(Transfer, StopsBehindABlockAndGoesOnFromThere)
+{
+    m_server.stopAfter = 2;
+    try
+    {
+        Put();
+        ADD_FAILURE();
+    }
+    catch (const Failure& failure)
+    {
+        EXPECT_EQ(failure.Status(), ExitStatus::kInterrupted);
+        EXPECT_FALSE(failure.Code().has_value());
+        EXPECT_NE(std::string(failure.what()).find("confirmed 6 bytes of 10 bytes, and the same command goes on"),
+                  std::string::npos)
+            << failure.what();
+    }
+    isAskedToStop = false;
+    EXPECT_EQ(Put().resumedFrom, 6u);
+    EXPECT_EQ(m_server.blocks, 4);
+    EXPECT_EQ(m_server.content, m_content);
+}
+
+TEST_F(Transfer, StopsADownloadBehindARangeAndGoesOnFromThere)
+{
+    const std::filesystem::path place = m_folder / "fetched";
+    m_stopAfter = 2;
+    try
+    {
+        Download(Ranges(), place, m_options);
+        ADD_FAILURE();
+    }
+    catch (const Failure& failure)
+    {
+        EXPECT_EQ(failure.Status(), ExitStatus::kInterrupted);
+        EXPECT_NE(std::string(failure.what()).find("6 bytes of 10 bytes are here, and the same command goes on"),
+                  std::string::npos)
+            << failure.what();
+    }
+    EXPECT_FALSE(std::filesystem::exists(place));
+    isAskedToStop = false;
+    EXPECT_EQ(Download(Ranges(), place, m_options).resumedFrom, 6u);
+    EXPECT_EQ(ContentOf(place), m_content);
+}
+
+TEST_F(Transfer, LeavesNothingWhenItIsStoppedBeforeTheFirstRange)
+{
+    isAskedToStop = true;
+    EXPECT_THROW(Download(Ranges(), m_folder / "fetched", m_options), Failure);
+    EXPECT_TRUE(std::filesystem::exists(m_file));
+    EXPECT_FALSE(std::filesystem::exists(m_folder / "fetched.quorvex-part"));
+}
+
+TEST_F(Transfer, NamesTheOperationThatHasFailed)
+{
+    m_rangesUntilFailure = 0;
+    try
+    {
+        Download(Ranges(), m_folder / "fetched", m_options);
+        ADD_FAILURE();
+    }
+    catch (const Failure& failure)
+    {
+        EXPECT_EQ(failure.Operation(), "ReadRange");
+    }
+}
+
 TEST_F(Transfer, PutsAWholeFileInPlaceWhenItHasCome)
 {
     const std::filesystem::path place = m_folder / "photo.png";
@@ -389,7 +467,7 @@ TEST_F(Transfer, PutsAWholeFileInPlaceWhenItHasCome)
         return [result](const LocalPath& local) {
             EXPECT_EQ(local.name, L"photo.png");
             std::ofstream(local.Whole()) << "new";
-            return result;
+            return Outcome(result);
         };
     };
     EXPECT_THROW(FetchInto(place, write(-107), "cannot"), Failure);

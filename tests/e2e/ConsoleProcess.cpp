@@ -1,11 +1,16 @@
 #include "ConsoleProcess.h"
 
+#include "DocumentedJson.h"
+
+#include "support/WindowsProgram.h"
+
 #include <csignal>
 #include <sstream>
 #include <stdexcept>
 #include <utility>
 
 #include <fcntl.h>
+#include <gtest/gtest.h>
 #include <json/reader.h>
 #include <poll.h>
 #include <spawn.h>
@@ -58,7 +63,7 @@ void ClosePipe(int& pipe)
 
 ConsoleProcess::ConsoleProcess(const std::vector<std::string>& arguments)
 {
-    std::vector<std::string> line = {QUORVEX_WINE, QUORVEX_CONSOLE};
+    std::vector<std::string> line = {QUORVEX_WINE, services::test::WindowsProgram(QUORVEX_CONSOLE)};
     line.insert(line.end(), arguments.begin(), arguments.end());
     std::vector<char*> pointers;
     for (std::string& argument : line)
@@ -117,6 +122,11 @@ void ConsoleProcess::Resume() const
     ::kill(m_process, SIGCONT);
 }
 
+void ConsoleProcess::Interrupt() const
+{
+    ::kill(m_process, SIGINT);
+}
+
 void ConsoleProcess::Kill()
 {
     if (m_process > 0)
@@ -151,6 +161,7 @@ Json::Value ConsoleRun::Json() const
     Json::Value value;
     std::istringstream stream(output);
     stream >> value;
+    EXPECT_EQ(DifferenceFromManual(value), "") << output;
     return value;
 }
 

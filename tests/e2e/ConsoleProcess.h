@@ -27,6 +27,9 @@ public:
     void Pause() const;
     void Resume() const;
 
+    /// Presses Ctrl+C.
+    void Interrupt() const;
+
     /// Ends the program at once, as a crash or a power cut would.
     void Kill();
 
@@ -52,7 +55,7 @@ struct ConsoleRun
     std::string output;
     std::string errors;
 
-    /// The object that --json prints.
+    /// The object that --json prints, which has to be as the manual says.
     Json::Value Json() const;
 };
 

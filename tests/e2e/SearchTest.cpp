@@ -292,6 +292,34 @@ TEST_F(Search, WhatDoesNotFitIsNotSent)
     EXPECT_EQ(Find({"text=" + longest}), Ids{ids[0]});
 }
 
+TEST_F(Search, ProfileCountsInEveryApplication)
+{
+    Report(kAnn, 1, "im");
+    Report(kBob, 1, "chess");
+    EXPECT_EQ(Done({"profile", "motto=to be & not", "age=27"}, kAnn)["values"].size(), 2U);
+    EXPECT_EQ(Done({"profile", "--form", "age=30"}, kBob)["form"].asString(), "age=30");
+    EXPECT_EQ(Find({"motto=to be & not"}), Ids{ids[0]});
+    EXPECT_EQ(Find({"age=20-40"}, "chess"), Ids{ids[1]});
+}
+
+TEST_F(Search, FormOfOnesOwnIsSentAsItIs)
+{
+    Report(kAnn, 1);
+    Report(kBob, 1);
+    EXPECT_EQ(Done({"find", "--form", "app=im&skip=1"})["users"][0].asUInt(), ids[1]);
+    EXPECT_EQ(Done({"count", "--form", "app=im"})["count"].asInt(), 2);
+    EXPECT_EQ(Refused({"find", "--form", "skip=1"}), 400);
+}
+
+TEST_F(Search, LogoutEndsAllPresence)
+{
+    Report(kAnn, 1, "im");
+    Report(kAnn, 1, "chess");
+    EXPECT_EQ(Done({"logout"})["login"].asString(), "password");
+    EXPECT_EQ(Find({}, "im", kBob), Ids());
+    EXPECT_EQ(Find({}, "chess", kBob), Ids());
+}
+
 TEST_F(Search, PeopleReadOneUserALine)
 {
     EXPECT_EQ(Shown({"find", "im"}), "there are none\n");
