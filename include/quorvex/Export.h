@@ -4,6 +4,9 @@
 /// @file
 /// How a name is taken from quorvex.dll. The module's own build defines QUORVEX_BUILDING.
 
+/// @def QUORVEX_API
+/// Marks what quorvex.dll exports.
+
 #if !defined(_WIN32)
 #define QUORVEX_API
 #elif defined(QUORVEX_BUILDING)

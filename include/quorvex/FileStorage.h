@@ -20,7 +20,7 @@ class CShareFileStorageHttpHelper;
 /// which keeps large files for a limited time.
 ///
 /// One object holds one connection to the service and one remembered set of credentials. Every operation blocks
-/// until the server has answered and returns a result code (see Results.h): 0 on success, a negative code of the
+/// until the server has answered and returns a result code (see @ref results): 0 on success, a negative code of the
 /// module, the HTTP status of a refused request, the server's own result code, or 1 for an answer that could not be
 /// understood. While the object has never logged in successfully, and after a logout, each transfer first logs in
 /// with the remembered credentials; some operations, which say so, log in again after a 403 and repeat the request
@@ -62,19 +62,23 @@ public:
 
     /// Logs in with a session of the account system.
     /// @param session the session
-    /// @return 0; -100 not connected; -102 session is null; 1, an HTTP status, a code of the server or of the transport
+    /// @return 0; -100 not connected; -102 session is null; 1 the answer lacks a key or is no JSON; an HTTP status, a
+    ///         code of the server, or a @ref get_code
     int UserLogin(const wchar_t* session);
 
     /// Logs in with user name and password.
     /// @param userName user name
     /// @param password password; it is sent as it is, in the request's path, unprotected: an https address encrypts
     /// nothing
-    /// @return 0; -100 not connected; -101 a text is null; 1, an HTTP status, a code of the server or of the transport
+    /// @return 0; -100 not connected; -101 a text is null; 1 the answer lacks a key or is no JSON; an HTTP status, a
+    ///         code of the server, or a @ref get_code
     int UserLogin(const wchar_t* userName, const wchar_t* password);
 
     /// Ends the session on the server. The credentials stay remembered, and the next transfer logs in again. An
     /// answer that names another user or session than the login did is noted in the log only.
-    /// @return 0; -100 not connected; 1, an HTTP status, a code of the server or of the transport
+    /// @return 0; -100 not connected; 1 the answer lacks a key or is no JSON; an HTTP status, a code of the server, or
+    /// a
+    ///         @ref get_code
     int UserLogout();
     /// @}
 
@@ -87,14 +91,15 @@ public:
     /// @param folder   folder of the file, without a trailing backslash
     /// @param fileName the file's name there (at most 255 bytes in the OEM code page)
     /// @return 0; -100 not connected; -103 the server keeps it under another name; -120 the file cannot be opened or
-    ///         read; 1, an HTTP status, a code of the server or of the transport, or the result of a failed login
+    ///         read; 1 the answer lacks a key or is no JSON; an HTTP status, a code of the server, a @ref form_code, or
+    ///         the result of a failed login
     int PictureUpload(const wchar_t* folder, const wchar_t* fileName) const;
 
     /// Downloads a picture into a file of the same name; one that is there already is overwritten.
     /// @param folder   an existing folder, without a trailing backslash
     /// @param fileName the picture's name, which is its key
-    /// @return 0; -100 not connected; -120 the local file cannot be created; -107 reading or writing broke off; a zlib
-    ///         code for a damaged body; an HTTP status, a transport code, or the result of a failed login
+    /// @return 0; -100 not connected; -120 the local file cannot be created; -107 reading or writing broke off; an
+    ///         HTTP status, a @ref get_code, or the result of a failed login
     int PictureDownload(const wchar_t* folder, const wchar_t* fileName) const;
 
     /// Uploads a user's photo.
@@ -132,7 +137,9 @@ public:
 
     /// Removes an emoticon from the user's own set. It neither logs in before nor again after a 403.
     /// @param key the emoticon's key
-    /// @return 0; -100 not connected; 1, an HTTP status, a code of the server or of the transport
+    /// @return 0; -100 not connected; 1 the answer lacks a key or is no JSON; an HTTP status, a code of the server, or
+    /// a
+    ///         @ref get_code
     int EmoticonRemove(const wchar_t* key) const;
 
     /// Asks for the user's own set, logging in again once when the server's code is 403. Its number shows in the log
@@ -140,8 +147,8 @@ public:
     /// @param list     not used; may be null
     /// @param capacity not used
     /// @param count    not used
-    /// @return 0; -100 not connected; 1, an HTTP status, a code of the server or of the transport, or the result of a
-    ///         failed login
+    /// @return 0; -100 not connected; 1 the answer lacks a key or is no JSON; an HTTP status, a code of the server, a
+    ///         @ref get_code, or the result of a failed login
     int EmoticonGetList(EmoticonInfo* list, const unsigned int& capacity, unsigned int& count) const;
     /// @}
 
@@ -170,8 +177,8 @@ public:
     ///                  page)
     /// @param keyOut    receives the file's key
     /// @param keyOutLen room of keyOut in characters, the final zero included; 65 is enough for every key
-    /// @return 0; -100 not connected; 1, an HTTP status, a code of the server or of the transport, or the result of a
-    ///         failed login
+    /// @return 0; -100 not connected; 1 the answer lacks a key or is no JSON; an HTTP status, a code of the server, a
+    ///         @ref post_code, or the result of a failed login
     int LargeFileCreate(const wchar_t* folder, const wchar_t* fileName, wchar_t* keyOut, unsigned long keyOutLen) const;
 
     /// Sends one block.
@@ -179,13 +186,15 @@ public:
     /// @param data     the block; it may be null when size is 0
     /// @param size     bytes of the block
     /// @param position the block's place in the file, in bytes
-    /// @return 0; -135 data is null although size is not 0; -100 not connected; 1, an HTTP status, a code of the server
-    ///         or of the transport
+    /// @return 0; -135 data is null although size is not 0; -100 not connected; 1 the answer lacks a key or is no JSON;
+    ///         an HTTP status, a code of the server, or a @ref form_code
     int LargeFileUpload(const wchar_t* key, void* data, unsigned long size, unsigned long position) const;
 
     /// Tells the server that every block has been sent.
     /// @param key the file's key
-    /// @return 0; -100 not connected; 1, an HTTP status, a code of the server or of the transport
+    /// @return 0; -100 not connected; 1 the answer lacks a key or is no JSON; an HTTP status, a code of the server, or
+    /// a
+    ///         @ref post_code
     int LargeFileUploadFinish(const wchar_t* key) const;
 
     /// Asks for a file's size and name by reading its first byte.
@@ -197,7 +206,9 @@ public:
     /// @param secondOut  receives the text that the server sends behind the name, mostly the MD5; empty when there is
     ///                   none; null is allowed
     /// @param thirdOut   receives the text behind that one; empty when there is none; null is allowed
-    /// @return 0; -100 not connected; -112 the server refused or did not state size and name; a transport code
+    /// @return 0; -100 not connected; -112 the server refused or did not state size and name; -111 the request could
+    /// not
+    ///         be sent; -114 no answer came; of a @ref range_code also -108, -115 to -119 and -130
     int LargeFileGetInfo(const wchar_t* uid, const wchar_t* key, wchar_t* name, unsigned long nameLen,
                          unsigned long& size, wchar_t* secondOut, wchar_t* thirdOut) const;
 
@@ -206,44 +217,63 @@ public:
     /// @param key      the file's key
     /// @param position offset of the range
     /// @param buffer   room for length bytes as given on entry; never more is written
-    /// @param length   in: bytes wanted; out, on success: bytes received
+    /// @param length   in: bytes wanted, at least 1; out, on success: bytes received
     /// @return 0, also when the server sends a shorter range than asked for; -135 buffer is null although length is not
-    ///         0; -100 not connected; 1 the body has another length than announced; a zlib code for a damaged one; an
-    ///         HTTP status or a transport code
+    ///         0; -100 not connected; -111 the request could not be sent; -114 no answer came; an HTTP status or a
+    ///         @ref range_code
     int LargeFileDownload(const wchar_t* uid, const wchar_t* key, unsigned long position, void* buffer,
                           unsigned long& length) const;
 
     /// Has a file kept longer.
     /// @param key the file's key
-    /// @return 0; -100 not connected; 1, an HTTP status, a code of the server or of the transport
+    /// @return 0; -100 not connected; 1 the answer lacks a key or is no JSON; an HTTP status, a code of the server, or
+    /// a
+    ///         @ref get_code
     int LargeFileRenewTime(const wchar_t* key) const;
 
     /// Removes a file.
     /// @param key the file's key
-    /// @return 0; -100 not connected; 1, an HTTP status, a code of the server or of the transport
+    /// @return 0; -100 not connected; 1 the answer lacks a key or is no JSON; an HTTP status, a code of the server, or
+    /// a
+    ///         @ref get_code
     int LargeFileRemove(const wchar_t* key) const;
 
     /// Lists the user's files.
     /// @param list the records are appended to it; those appended before a failure stay
-    /// @return 0; -100 not connected; 1, an HTTP status, a code of the server or of the transport
+    /// @return 0; -100 not connected; 1 the answer lacks a key or is no JSON; an HTTP status, a code of the server, or
+    /// a
+    ///         @ref get_code
     int LargeFileGetList(std::vector<LargeFileInfo>& list) const;
 
     /// Asks for the user's space in the depot, in bytes.
     /// @param totalSpace receives the space that there is
     /// @param totalSize  receives the space in use
     /// @param freeSpace  receives the space left
-    /// @return 0; -100 not connected; 1, an HTTP status, a code of the server or of the transport
+    /// @return 0; -100 not connected; 1 the answer lacks a key or is no JSON; an HTTP status, a code of the server, or
+    /// a
+    ///         @ref get_code
     int LargeFileDepotInfo(double& totalSpace, double& totalSize, double& freeSpace) const;
     /// @}
 
 protected:
     /// @name The two login requests
     /// @{
+
+    /// Sends it without remembering the credentials.
+    /// @param userName user name
+    /// @param password password
+    /// @return as UserLogin
     int UserLoginWithPassword(const wchar_t* userName, const wchar_t* password);
+
+    /// Sends it without remembering the credentials.
+    /// @param session the session
+    /// @return as UserLogin
     int UserLoginWithSession(const wchar_t* session);
     /// @}
 
-    /// Repeats a login: with user name and password, or, when userName is null, with credential as the session.
+    /// Repeats a login.
+    /// @param userName   user name; null to log in with a session
+    /// @param credential password, or the session
     /// @return the login's result
     int UserRelogin(const wchar_t* userName, const wchar_t* credential) const;
 

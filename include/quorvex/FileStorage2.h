@@ -22,7 +22,7 @@ class RequestDispatcher;
 /// HTTP session service.
 ///
 /// Every operation blocks until the host's event thread has completed its requests, and so must not be called from that
-/// thread. It returns a result code (see Results.h): 0 on success, a negative code of the module or of the host's
+/// thread. It returns a result code (see @ref results): 0 on success, a negative code of the module or of the host's
 /// service, the HTTP status of a refused request, the server's own result code, or 1 for an answer that could not be
 /// understood. It logs in when told to, and some operations, which say so, again after a 403.
 ///
@@ -62,13 +62,14 @@ public:
 
     /// Logs in.
     /// @param session a session of the account system, remembered for logins after a 403; null is not
-    /// @return 0; -102 session is null; -1 after exit; 1, an HTTP status, or a code of the server or of the host's
-    /// service
+    /// @return 0; -102 session is null; 1 the answer lacks a key or is no JSON; an HTTP status, a code of the server,
+    /// or
+    ///         a @ref service_code
     int UserLogin(const wchar_t* session);
 
     /// Ends the session on the server. An answer that names another user or session than the login did is noted in the
     /// log only.
-    /// @return 0; -1 after exit; 1, an HTTP status, or a code of the server or of the host's service
+    /// @return 0; 1 the answer lacks a key or is no JSON; an HTTP status, a code of the server, or a @ref service_code
     int UserLogout();
     /// @}
 
@@ -80,17 +81,19 @@ public:
     /// login because of a 403 it is sent once more, and 0 is returned whatever became of that.
     /// @param folder   folder of the file, without a trailing backslash
     /// @param fileName the file's name there (at most 255 bytes in the OEM code page)
-    /// @return 0, also when the server has it already; -1 after exit; -103 the server keeps it under another name; -120
-    ///         the file cannot be opened or read; 1, an HTTP status, a code of the server or of the host's service, or
-    ///         the result of a failed login
+    /// @return 0, also when the server has it already; -103 the server keeps it under another name; -120 the file
+    /// cannot
+    ///         be opened or read; 1 the answer lacks a key or is no JSON; an HTTP status, a code of the server, a
+    ///         @ref service_code, or the result of a failed login
     int PictureUpload(const wchar_t* folder, const wchar_t* fileName);
 
     /// Downloads a picture into a file of the same name; one that is there already is overwritten. After a login
     /// because of a 403 it is asked for once more.
     /// @param folder   an existing folder, without a trailing backslash
     /// @param fileName the picture's name, which is its key
-    /// @return 0; -1 after exit; -120 the local file cannot be created; -107 it cannot be written; an HTTP status, a
-    ///         code of the host's service, or the result of a failed login
+    /// @return 0; -120 the local file cannot be created; -107 it cannot be written; an HTTP status, a @ref
+    /// service_code,
+    ///         or the result of a failed login
     int PictureDownload(const wchar_t* folder, const wchar_t* fileName);
     /// @}
 
@@ -105,8 +108,8 @@ public:
     ///                  page)
     /// @param keyOut    receives the file's key
     /// @param keyOutLen room of keyOut in characters, the final zero included; 65 is enough for every key
-    /// @return 0; -1 after exit; 1, an HTTP status, a code of the server or of the host's service, or the result of a
-    ///         failed login
+    /// @return 0; 1 the answer lacks a key or is no JSON; an HTTP status, a code of the server, a @ref service_code, or
+    ///         the result of a failed login
     int LargeFileCreate(const wchar_t* folder, const wchar_t* fileName, wchar_t* keyOut, unsigned long keyOutLen);
 
     /// Sends one block.
@@ -114,13 +117,13 @@ public:
     /// @param data     the block; it may be null when size is 0
     /// @param size     bytes of the block
     /// @param position the block's place in the file, in bytes
-    /// @return 0; -135 data is null although size is not 0; -1 after exit; 1, an HTTP status, or a code of the server
-    ///         or of the host's service
+    /// @return 0; -135 data is null although size is not 0; 1 the answer lacks a key or is no JSON; an HTTP status, a
+    ///         code of the server, or a @ref service_code
     int LargeFileUpload(const wchar_t* key, void* data, unsigned long size, unsigned long position) const;
 
     /// Tells the server that every block has been sent.
     /// @param key the file's key
-    /// @return 0; -1 after exit; 1, an HTTP status, or a code of the server or of the host's service
+    /// @return 0; 1 the answer lacks a key or is no JSON; an HTTP status, a code of the server, or a @ref service_code
     int LargeFileUploadFinish(const wchar_t* key) const;
 
     /// Reads one range of a file.
@@ -128,21 +131,22 @@ public:
     /// @param key      the file's key
     /// @param position offset of the range
     /// @param buffer   room for length bytes as given on entry; never more is written
-    /// @param length   in: bytes wanted; out, on success: bytes received
+    /// @param length   in: bytes wanted, at least 1; out, on success: bytes received
     /// @return 0, also when fewer bytes came; -11 when more came, and nothing is written; -135 buffer is null although
-    ///         length is not 0; -1 after exit; an HTTP status, or a code of the host's service
+    ///         length is not 0; an HTTP status or a @ref service_code
     int LargeFileDownload(const wchar_t* uid, const wchar_t* key, unsigned long position, void* buffer,
                           unsigned long& length) const;
 
     /// Removes a file.
     /// @param key the file's key
-    /// @return 0; -1 after exit; 1, an HTTP status, or a code of the server or of the host's service
+    /// @return 0; 1 the answer lacks a key or is no JSON; an HTTP status, a code of the server, or a @ref service_code
     int LargeFileRemove(const wchar_t* key) const;
     /// @}
 
 protected:
     /// The login request.
     /// @param session the session; null gives -102
+    /// @return as UserLogin
     int UserLoginWithSession(const wchar_t* session);
 
     /// Uploads a whole file once.
@@ -154,11 +158,19 @@ protected:
     /// @param serverName the name to send for it
     /// @param keyOut     receives the file's key
     /// @param keyOutLen  room of keyOut in characters, the final zero included
+    /// @return as PictureUpload, without -103 and a login's result
     int FileUploadInternal(__frl_stru_handle__* handle, const wchar_t* server, const wchar_t* path,
                            const wchar_t* folder, const wchar_t* fileName, const wchar_t* serverName, wchar_t* keyOut,
                            unsigned long keyOutLen) const;
 
-    /// Uploads a whole file, and once more after a login because of a 403; see PictureUpload for what is returned then.
+    /// Uploads a whole file, and once more after a login because of a 403.
+    /// @param path       path below the server's address
+    /// @param folder     folder of the file, without a trailing backslash
+    /// @param fileName   the file's name there
+    /// @param serverName the name to send for it
+    /// @param keyOut     receives the file's key
+    /// @param keyOutLen  room of keyOut in characters, the final zero included
+    /// @return as PictureUpload, without -103
     int FileUploadWithRetry(const wchar_t* path, const wchar_t* folder, const wchar_t* fileName,
                             const wchar_t* serverName, wchar_t* keyOut, unsigned long keyOutLen);
 
@@ -167,6 +179,7 @@ protected:
     /// @param key        file key
     /// @param folder     an existing folder, without a trailing backslash
     /// @param localName  local file name
+    /// @return as PictureDownload
     int FileDownloadWithRetry(const wchar_t* pathFormat, const wchar_t* key, const wchar_t* folder,
                               const wchar_t* localName);
 

@@ -24,7 +24,7 @@ class RequestDispatcher;
 /// host's own HTTP session service, with the user's session as a cookie on every request.
 ///
 /// Every operation blocks until the host's event thread has completed its request, and so must not be called from that
-/// thread. It returns a result code (see Results.h): 0 on success unless it says otherwise, a negative code of the
+/// thread. It returns a result code (see @ref results): 0 on success unless it says otherwise, a negative code of the
 /// module or of the host's service, the HTTP status of a refused request, the server's own code, or 1 for an answer
 /// that could not be understood. Nothing is ever repeated.
 ///
@@ -74,8 +74,8 @@ public:
     /// @param name its name (at most 255 bytes in the OEM code page)
     /// @param data the picture, only read; it may be null when size is 0
     /// @param size its bytes
-    /// @return 0; -135 data is null although size is not 0; -1 after exit; 1, an HTTP status, or a code of the server
-    ///         or of the host's service
+    /// @return 0; -135 data is null although size is not 0; 1 the answer lacks a key or is no JSON; an HTTP status, a
+    ///         code of the server, or a @ref service_code
     int PictureUpload(const wchar_t* name, void* data, unsigned long size) const;
 
     /// Downloads a picture into memory.
@@ -84,8 +84,8 @@ public:
     /// @param buffer receives a buffer with the picture, to be given back with releaseBuffer; left as it was when the
     ///               server has no such picture, or an empty one
     /// @param size   receives the picture's bytes; left as it was together with buffer
-    /// @return 0 when an answer came, whatever it was; -135 buffer or size is null; -1 after exit; 1 memory ran out; a
-    ///         code of the host's service
+    /// @return 0 when an answer came, whatever it was; -135 buffer or size is null; 1 memory ran out; a
+    ///         @ref service_code
     int PictureDownload(const wchar_t* folder, const wchar_t* name, void** buffer, unsigned long* size) const;
     /// @}
 
@@ -102,8 +102,8 @@ public:
     ///                 page), or an empty text; out: the next one; room for 65 characters; null is an empty text, and
     ///                 then the next one is not handed out
     /// @param flag     the server's own meaning, for example that this block is the last one
-    /// @return 0; -135 data is null although size is not 0; -1 after exit; 1, an HTTP status, or a code of the server
-    ///         or of the host's service
+    /// @return 0; -135 data is null although size is not 0; 1 the answer lacks a key or is no JSON; an HTTP status, a
+    ///         code of the server, or a @ref service_code
     int BufferUpload(wchar_t* key, void* data, unsigned long size, unsigned long position, const wchar_t* name,
                      wchar_t* ticket, int flag) const;
 
@@ -112,11 +112,9 @@ public:
     /// @param second   second part
     /// @param position offset of the range
     /// @param buffer   room for length bytes as given on entry; never more is written
-    /// @param length   in: bytes wanted; out, on success: bytes received
+    /// @param length   in: bytes wanted, at least 1; out, on success: bytes received
     /// @return 200 or 206 on success, also when fewer bytes came; -11 when more came, and nothing is written; -135
-    /// buffer
-    ///         is null although length is not 0; -1 after exit; 1 memory ran out; another HTTP status, or a code of the
-    ///         host's service
+    ///         buffer is null although length is not 0; 1 memory ran out; another HTTP status, or a @ref service_code
     int Bufferdownload(const wchar_t* first, const wchar_t* second, unsigned long position, void* buffer,
                        unsigned long& length) const;
     /// @}

@@ -20,7 +20,7 @@ class CSearchUserOLHttpHelper;
 /// and asks which users are online.
 ///
 /// One object holds one connection to the service and the session of the last login. Every operation blocks until
-/// the server has answered and returns a result code (see Results.h): 0 on success, a negative code of the module,
+/// the server has answered and returns a result code (see @ref results): 0 on success, a negative code of the module,
 /// an HTTP status, the server's own result code, or 1 for an answer that could not be understood. A request that is
 /// answered with 500 is sent up to three times. A 403, of HTTP or of the server, makes every operation but login and
 /// logout log in again and repeat its request once; a login that fails then ends it with its own result.
@@ -50,11 +50,14 @@ public:
 
     /// Logs in with a session of the account system, which is remembered for later repetition.
     /// @param session the session
-    /// @return 0; -102 session is null; -100 not connected; 1, an HTTP status, a code of the server or of the transport
+    /// @return 0; -102 session is null; -100 not connected; 1 the answer lacks a key or is no JSON; an HTTP status, a
+    ///         code of the server, or a @ref get_code
     int ClientLogin(const wchar_t* session);
 
     /// Ends the session on the server. It stays remembered.
-    /// @return 0; -100 not connected; 1, an HTTP status, a code of the server or of the transport
+    /// @return 0; -100 not connected; 1 the answer lacks a key or is no JSON; an HTTP status, a code of the server, or
+    /// a
+    ///         @ref get_code
     int ClientLogout();
     /// @}
 
@@ -67,20 +70,20 @@ public:
     /// Reports the user's presence.
     /// @param app    the application, in the ANSI code page; not encoded
     /// @param status the application's own number for it
-    /// @return 0; -100 not connected; 1, an HTTP status, a code of the server or of the transport, or the result of a
-    ///         failed login
+    /// @return 0; -100 not connected; 1 the answer lacks a key or is no JSON; an HTTP status, a code of the server, a
+    ///         @ref get_code, or the result of a failed login
     int UserReportStatus(const char* app, int status) const;
 
     /// Publishes values of an application.
     /// @param app  the application; not encoded
     /// @param info names and values by turns: a name, which is not encoded, its value, which is percent-encoded, and so
     ///             on; it may be empty
-    /// @return as UserReportStatus; 1 also for an odd number of texts
+    /// @return as UserReportStatus, with a @ref post_code; 1 also for an odd number of texts
     int UserUpdateAppInfo(const char* app, const std::vector<std::string>& info) const;
 
     /// Publishes values with a form of the caller's own making.
     /// @param body the form, sent as it is
-    /// @return as UserReportStatus
+    /// @return as UserReportStatus, with a @ref post_code
     int UserUpdateInfo(const char* body) const;
     /// @}
 
@@ -92,7 +95,7 @@ public:
     /// @param ids       room for capacity ids; written on success only
     /// @param capacity  how many ids there is room for; further ones are dropped
     /// @param count     receives how many were written; 0 after a failure
-    /// @return as UserReportStatus
+    /// @return as UserReportStatus, with a @ref post_code
     int QueryByCondition(const char* condition, unsigned int* ids, const unsigned int& capacity,
                          unsigned int& count) const;
 
@@ -103,14 +106,14 @@ public:
     /// @param ids        as in QueryByCondition
     /// @param capacity   as in QueryByCondition
     /// @param count      as in QueryByCondition; left as it was for an odd number of texts and without a connection
-    /// @return as UserReportStatus; 1 also for an odd number of texts
+    /// @return as UserReportStatus, with a @ref post_code; 1 also for an odd number of texts
     int QueryByAppCondition(const char* app, const std::vector<std::string>& conditions, int skip, unsigned int* ids,
                             const unsigned int& capacity, unsigned int& count) const;
 
     /// Asks how many users meet a condition, in a form of the caller's own making.
     /// @param condition the form, sent as it is
     /// @param count     receives the number; 0 after a failure
-    /// @return as UserReportStatus
+    /// @return as UserReportStatus, with a @ref post_code
     int QueryCountByConditionString(const char* condition, int& count) const;
 
     /// Asks how many users of an application meet conditions.
@@ -118,7 +121,7 @@ public:
     /// @param conditions names and values by turns, as in UserUpdateAppInfo
     /// @param count      as in QueryCountByConditionString; left as it was for an odd number of texts and without a
     ///                   connection
-    /// @return as UserReportStatus; 1 also for an odd number of texts
+    /// @return as UserReportStatus, with a @ref post_code; 1 also for an odd number of texts
     int QueryCountByConditionVector(const char* app, const std::vector<std::string>& conditions, int& count) const;
     /// @}
 

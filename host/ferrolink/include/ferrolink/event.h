@@ -34,6 +34,7 @@ extern "C"
     /// Ends a registration. On return the callback is not running and does not run again, unless it is the callback
     /// itself that made this call: then it is running for the last time. Other events' callbacks are not waited for.
     /// Signals that come afterwards are the caller's own again. May be called from any thread.
+    /// @param event the event's handle
     /// @return 0, or ERROR_NOT_FOUND when the event was not registered
     FERROLINK_API int frl_event_remove_win32_event(void* event);
 

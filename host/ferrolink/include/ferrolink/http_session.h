@@ -63,12 +63,14 @@ extern "C"
 
     /// Adds a cookie to a request that has not been performed, beside those that its session has for the host. Cookies
     /// that are added one after the other are all sent.
-    /// @param cookie "name=value", several with "; " between them; a line break is refused
+    /// @param request the request
+    /// @param cookie  "name=value", several with "; " between them; a line break is refused
     /// @return 0, or another value when it could not be added
     FERROLINK_API int frl_http_request_add_cookie(__frl_stru_handle__* request, const wchar_t* cookie);
 
     /// Sets the time-outs of a request that has not been performed, in milliseconds. 0 is no limit; a negative value
     /// leaves the system's own.
+    /// @param request the request
     /// @param resolve for finding the host's address
     /// @param connect for connecting to it
     /// @param send    for sending the request
@@ -78,6 +80,7 @@ extern "C"
                                                     int receive);
 
     /// Sends a request.
+    /// @param request  a request that has not been performed
     /// @param body     its body, which the caller keeps as it is until the completion, and which is not touched from
     ///                 then on; null when there is none
     /// @param length   bytes of the body; any number
@@ -88,7 +91,8 @@ extern "C"
     FERROLINK_API int frl_http_request_perform(__frl_stru_handle__* request, const void* body, size_t length,
                                                frl_http_completion callback, void* context);
 
-    /// @return the HTTP status of a request that is over, within its callback; 0 when no answer came
+    /// @param request the request that is over, within its callback
+    /// @return its HTTP status; 0 when no answer came
     FERROLINK_API int frl_http_request_get_status_code(__frl_stru_handle__* request);
 
 #ifdef __cplusplus

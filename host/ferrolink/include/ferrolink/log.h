@@ -35,6 +35,7 @@ extern "C"
     FERROLINK_API unsigned frl_log_get_level(void);
 
     /// Enables exactly the given level bits, for every thread at once.
+    /// @param levels the bits; 0 for none
     FERROLINK_API void frl_log_set_level(unsigned levels);
 
     /// Hands one line to where lines go. It is written whole and never mixed with another thread's line. The level
@@ -80,6 +81,7 @@ public:
     /// @param level the line's level bit, which the caller has found enabled
     explicit Log(unsigned level) noexcept : m_level(level) {}
 
+    /// Hands the line over.
     ~Log() { frl_log_write(m_level, m_line.data(), m_line.size()); }
 
     Log(const Log&) = delete;
@@ -89,6 +91,9 @@ public:
     /// Inserted whatever the level has become. Narrow text is UTF-8; bytes that are none become U+FFFD. A null
     /// pointer reads "(null)".
     /// @{
+
+    /// @param text the text
+    /// @return this line
     Log& operator<<(const wchar_t* text) noexcept
     {
         return text ? Guarded([&] { m_line.append(text); }) : *this << L"(null)";
@@ -104,14 +109,25 @@ public:
     Log& operator<<(const std::string& text) noexcept { return AppendUtf8(text.data(), text.size()); }
     /// @}
 
-    /// @name Characters and numbers
+    /// @name Characters
     /// Left out when the line's level has been disabled meanwhile.
     /// @{
+
+    /// @param character the character
+    /// @return this line
     Log& operator<<(wchar_t character) noexcept
     {
         return IsEnabled() ? Guarded([&] { m_line.push_back(character); }) : *this;
     }
     Log& operator<<(char character) noexcept { return IsEnabled() ? AppendUtf8(&character, 1) : *this; }
+    /// @}
+
+    /// @name Numbers and addresses
+    /// Left out when the line's level has been disabled meanwhile.
+    /// @{
+
+    /// @param number the number, which becomes decimal
+    /// @return this line
     Log& operator<<(signed char number) noexcept { return AppendSigned(number); }
     Log& operator<<(unsigned char number) noexcept { return AppendUnsigned(number); }
     Log& operator<<(short number) noexcept { return AppendSigned(number); }
@@ -124,6 +140,8 @@ public:
     Log& operator<<(unsigned long long number) noexcept { return AppendUnsigned(number); }
 
     /// With as many digits as a double holds for certain.
+    /// @param number the number
+    /// @return this line
     Log& operator<<(double number) noexcept
     {
         char digits[32];
@@ -132,6 +150,8 @@ public:
     }
 
     /// A handle or an address, as "0x" and hexadecimal digits.
+    /// @param handle the handle or address
+    /// @return this line
     Log& operator<<(const void* handle) noexcept { return AppendDigits(reinterpret_cast<size_t>(handle), 16, L"0x"); }
     /// @}
 
