@@ -49,7 +49,8 @@ public:
     int RequestPost(const wchar_t* objectPath, const char* body, std::string& response);
 
     /// Reads a received response.
-    /// @param response cleared, then filled with the body; what was read before a failure stays in it
+    /// @param response cleared, then filled with the body; what was read before a failure stays in it, unless it was
+    ///                 too long
     /// @return 0, a negative code, or the status of a refused request
     virtual int GetResponse(Platform::Request& request, std::string& response) = 0;
 

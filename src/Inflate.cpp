@@ -2,6 +2,8 @@
 
 #include "CommonUtil.h"
 
+#include <quorvex/Results.h>
+
 #include <zlib.h>
 
 #include <array>
@@ -55,7 +57,7 @@ bool Inflater::IsFailure(int result)
     return result == Z_DATA_ERROR || result == Z_MEM_ERROR;
 }
 
-int InflateToString(std::string& out, std::span<const char> data, std::uint32_t encoding)
+int InflateToString(std::string& out, std::span<const char> data, std::uint32_t encoding, std::size_t longest)
 {
     // A stream that could not be set up makes the first step fail.
     Inflater inflater(encoding);
@@ -71,6 +73,12 @@ int InflateToString(std::string& out, std::span<const char> data, std::uint32_t 
         {
             LOG_ERROR(L"GetResponse() inflate() ret=" << result);
             return result;
+        }
+        if (produced > longest - out.size())
+        {
+            LOG_ERROR(L"GetResponse() inflate() gives too long a response, limit=" << longest);
+            out.clear();
+            return Result::TransferFailed;
         }
         out.append(chunk.data(), produced);
     } while (produced == chunk.size());

@@ -1,5 +1,6 @@
 #pragma once
 
+#include <cstddef>
 #include <cstdint>
 #include <memory>
 #include <span>
@@ -56,7 +57,8 @@ private:
 /// @param out      the text is appended to it
 /// @param data     the compressed bytes
 /// @param encoding kEncodingGzip or kEncodingDeflate
-/// @return 0, also for most bodies that end too early, or zlib's code
-int InflateToString(std::string& out, std::span<const char> data, std::uint32_t encoding);
+/// @param longest  bytes that the text may have: a body of some kilobytes may well inflate to gigabytes
+/// @return 0, also for most bodies that end too early; zlib's code; -107 for a longer text, and then `out` is empty
+int InflateToString(std::string& out, std::span<const char> data, std::uint32_t encoding, std::size_t longest);
 
 } // namespace quorvex

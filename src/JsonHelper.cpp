@@ -34,7 +34,9 @@ std::int64_t ReadInt64(const Json::Value& value)
 {
     static constexpr double kBeyond = 9223372036854775808.0;
 
-    const double number = value.asDouble();
+    // The registers of 32-bit x86 hold more digits than a double does; what has been in memory is rounded.
+    const volatile double rounded = value.asDouble();
+    const double number = rounded;
     if (std::isnan(number))
     {
         return 0;

@@ -11,7 +11,7 @@ namespace quorvex
 
 using Md5Digest = std::array<unsigned char, 16>;
 
-/// Digests whole blocks of 64 bytes into the chaining words.
+/// Digests whole blocks of 64 bytes, at least one, into the chaining words.
 void Md5Compress(std::uint32_t* chain, const unsigned char* blocks, std::size_t count);
 
 /// @return the chaining words before the first block

@@ -103,17 +103,13 @@ static inline void Md5Step(std::uint32_t (&chain)[4], const Md5Addends& addends)
     a = b + std::rotl(Md5AddMixed<round>(sum, b, c, d), kMd5Rotations[round][Step % 4]);
 }
 
-/// Digests whole blocks.
+/// Digests whole blocks, at least one.
 /// @param beside called with each block after each step, whose number is a std::integral_constant: work of another
 ///               kind that the processor can do while it waits for the chain
 template <class Beside, int... Step>
 static inline void Md5Blocks(std::uint32_t* chain, const unsigned char* blocks, std::size_t count, Beside beside,
                              std::integer_sequence<int, Step...>)
 {
-    if (count == 0)
-    {
-        return;
-    }
     // Made one block ahead, so that a step finds them in memory and the compiler does not put the sums back into it.
     Md5Addends addends[2];
     addends[0] = Md5AddendsOf(blocks);

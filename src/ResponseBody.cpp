@@ -19,7 +19,7 @@ using Platform::Request;
 namespace
 {
 
-int ReadBody(Request& request, std::string& body)
+int ReadBody(Request& request, std::string& body, std::size_t longest)
 {
     std::array<char, 4096> chunk;
     std::uint32_t read = 0;
@@ -28,6 +28,13 @@ int ReadBody(Request& request, std::string& body)
         if (!request.Read(chunk.data(), static_cast<std::uint32_t>(chunk.size()), read))
         {
             LOG_FAILED_CALL(L"GetResponse() InternetReadFile error");
+            return Result::TransferFailed;
+        }
+        if (read > longest - body.size())
+        {
+            LOG_ERROR(L"GetResponse() InternetReadFile gives too long a response, limit=" << longest);
+            // Nobody reads on in it, and nobody logs it.
+            body.clear();
             return Result::TransferFailed;
         }
         body.append(chunk.data(), read);
@@ -75,8 +82,8 @@ bool FindContentEncoding(const Request& request, std::uint32_t& encoding)
     std::array<wchar_t, 32> value = {};
     if (!request.QueryText(Header::ContentEncoding, value))
     {
-        // Too long a value is there all the same, and it is none of the two.
-        return Platform::LastError() != Platform::kInsufficientBuffer;
+        // A value that cannot be had, too long a one for example, is there all the same: who knows what the body is?
+        return Platform::LastError() == Platform::kHeaderNotFound;
     }
     const std::wstring_view name = value.data();
     encoding = name == L"gzip" ? kEncodingGzip : name == L"deflate" ? kEncodingDeflate : 0;
@@ -94,21 +101,21 @@ int RefusedStatus(std::uint32_t statusCode)
 }
 
 int ReadResponseBody(Request& request, const ResponseAttributes& attributes, std::string& response,
-                     std::size_t& receivedSize)
+                     std::size_t& receivedSize, std::size_t longest)
 {
     if (!attributes.IsCompressed())
     {
-        const int result = ReadBody(request, response);
+        const int result = ReadBody(request, response, longest);
         receivedSize = response.size();
         return result;
     }
     std::string data;
-    const int result = ReadBody(request, data);
+    const int result = ReadBody(request, data, longest);
     receivedSize = data.size();
-    return result == Result::Ok ? InflateToString(response, data, attributes.encoding) : result;
+    return result == Result::Ok ? InflateToString(response, data, attributes.encoding, longest) : result;
 }
 
-int ReadGoodResponse(Request& request, const ResponseAttributes& attributes, std::string& response)
+int ReadGoodResponse(Request& request, const ResponseAttributes& attributes, std::string& response, std::size_t longest)
 {
     if (!IsGoodStatus(attributes.statusCode))
     {
@@ -116,7 +123,7 @@ int ReadGoodResponse(Request& request, const ResponseAttributes& attributes, std
         return RefusedStatus(attributes.statusCode);
     }
     std::size_t receivedSize = 0;
-    if (const int result = ReadResponseBody(request, attributes, response, receivedSize); result != Result::Ok)
+    if (const int result = ReadResponseBody(request, attributes, response, receivedSize, longest); result != Result::Ok)
     {
         return result;
     }

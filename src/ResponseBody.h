@@ -1,5 +1,6 @@
 #pragma once
 
+#include <algorithm>
 #include <cstddef>
 #include <cstdint>
 #include <string>
@@ -13,6 +14,17 @@ class Request;
 }
 
 /// Reading a response whose head has been received: its attributes and its body.
+
+/// How long a response may be that is held in memory, inflated or not. It is far more than any reply has, a listing of
+/// ten thousand files included, and keeps an endless one, or a few kilobytes that inflate to gigabytes, from taking the
+/// host's memory.
+inline constexpr std::size_t kLongestResponse = std::size_t{64} * 1024 * 1024;
+
+/// The same for a range of a file: servers that know no ranges send more than was asked for.
+constexpr std::size_t LongestRange(std::uint32_t wanted)
+{
+    return std::max<std::size_t>(wanted, kLongestResponse);
+}
 
 struct ResponseAttributes
 {
@@ -39,9 +51,10 @@ int QueryContentEncoding(const Platform::Request& request, std::uint32_t& encodi
 /// Reads the whole body and inflates it when it is compressed.
 /// @param response     the body is appended to it
 /// @param receivedSize receives how many bytes came, before inflating
-/// @return 0, -107, or a zlib code
+/// @param longest      bytes that the body may have, before and after inflating
+/// @return 0; -107, also for a longer body, of which nothing is kept; or a zlib code
 int ReadResponseBody(Platform::Request& request, const ResponseAttributes& attributes, std::string& response,
-                     std::size_t& receivedSize);
+                     std::size_t& receivedSize, std::size_t longest = kLongestResponse);
 
 /// The services other than the network disk know two good statuses.
 bool IsGoodStatus(std::uint32_t statusCode);
@@ -54,8 +67,10 @@ bool FindContentEncoding(const Platform::Request& request, std::uint32_t& encodi
 
 /// Reads the response of a service for which only 200 and 206 are good; of any other nothing but the status is read.
 /// @param response the body is appended to it
+/// @param longest  as for ReadResponseBody
 /// @return 0, -107, a zlib code, the status of a refused request, or 1 for a body of another length than announced
-int ReadGoodResponse(Platform::Request& request, const ResponseAttributes& attributes, std::string& response);
+int ReadGoodResponse(Platform::Request& request, const ResponseAttributes& attributes, std::string& response,
+                     std::size_t longest = kLongestResponse);
 
 /// Compares a body's size, after inflating, with its announced length.
 /// @return 0 when they agree or no length was announced, otherwise 1

@@ -111,10 +111,6 @@ void RequestDispatcher::OnSignalled(void* /*event*/, void* context)
     std::list<PendingRequest> requests;
     {
         const std::lock_guard lock(dispatcher.m_lock);
-        if (dispatcher.m_isStopping)
-        {
-            return;
-        }
         requests.swap(dispatcher.m_queue);
     }
     for (const PendingRequest& pending : requests)

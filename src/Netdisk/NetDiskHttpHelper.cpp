@@ -37,6 +37,11 @@ bool IsSuccess(std::uint32_t statusCode)
 
 int CNetDiskHttpHelper::GetResponse(Request& request, std::string& response)
 {
+    return ReadResponse(request, response, kLongestResponse);
+}
+
+int CNetDiskHttpHelper::ReadResponse(Request& request, std::string& response, std::size_t longest)
+{
     response.clear();
     ResponseAttributes attributes;
     if (const int result = GetResponseAttribute(request, attributes); result != Result::Ok)
@@ -44,7 +49,7 @@ int CNetDiskHttpHelper::GetResponse(Request& request, std::string& response)
         return result;
     }
     std::size_t receivedSize = 0;
-    const int result = ReadResponseBody(request, attributes, response, receivedSize);
+    const int result = ReadResponseBody(request, attributes, response, receivedSize, longest);
     if (attributes.IsCompressed() && result != Result::TransferFailed)
     {
         LOG_TRACE(L"GetResponse() Receive:[strData.size()=" << receivedSize << L", strResponse.size()="
@@ -230,7 +235,7 @@ int CNetDiskHttpHelper::BufferDownload(const wchar_t* objectPath, std::uint32_t 
         return result;
     }
     std::string response;
-    if (const int result = GetResponse(request, response); result != Result::Ok)
+    if (const int result = ReadResponse(request, response, LongestRange(transferSize)); result != Result::Ok)
     {
         return result;
     }

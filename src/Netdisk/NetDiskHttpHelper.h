@@ -4,6 +4,7 @@
 
 #include <quorvex/Results.h>
 
+#include <cstddef>
 #include <cstdint>
 #include <span>
 #include <string>
@@ -67,6 +68,10 @@ public:
     int BufferDownload(const wchar_t* objectPath, std::uint32_t start, std::uint32_t& transferSize, void* buffer);
 
 private:
+    /// @param longest bytes that the response may have
+    /// @return as GetResponse
+    static int ReadResponse(Platform::Request& request, std::string& response, std::size_t longest);
+
     // A request that could not be sent cannot be received either, and that is what ends it.
     static constexpr RangeFailures kRangeFailures = {.send = Result::Ok, .receive = Result::ReceiveFailed};
 };

@@ -19,18 +19,12 @@ Event::~Event()
 
 void Event::Set() const
 {
-    if (m_handle != nullptr)
-    {
-        ::SetEvent(m_handle);
-    }
+    ::SetEvent(m_handle);
 }
 
 void Event::Wait() const
 {
-    if (m_handle != nullptr)
-    {
-        ::WaitForSingleObject(m_handle, INFINITE);
-    }
+    ::WaitForSingleObject(m_handle, INFINITE);
 }
 
 } // namespace quorvex::Platform

@@ -1,6 +1,7 @@
 #include "LastError.h"
 
 #include <windows.h>
+#include <winhttp.h>
 
 namespace quorvex::Platform
 {
@@ -10,6 +11,7 @@ static_assert(kFileIsEmpty == ERROR_FILE_INVALID);
 static_assert(kInsufficientBuffer == ERROR_INSUFFICIENT_BUFFER);
 static_assert(kEndOfFile == ERROR_HANDLE_EOF);
 static_assert(kInvalidName == ERROR_INVALID_NAME);
+static_assert(kHeaderNotFound == ERROR_WINHTTP_HEADER_NOT_FOUND);
 
 unsigned long LastError()
 {

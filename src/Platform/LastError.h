@@ -13,6 +13,7 @@ inline constexpr unsigned long kFileIsEmpty = 1006;       // ERROR_FILE_INVALID
 inline constexpr unsigned long kInsufficientBuffer = 122; // ERROR_INSUFFICIENT_BUFFER
 inline constexpr unsigned long kEndOfFile = 38;           // ERROR_HANDLE_EOF
 inline constexpr unsigned long kInvalidName = 123;        // ERROR_INVALID_NAME
+inline constexpr unsigned long kHeaderNotFound = 12150;   // ERROR_WINHTTP_HEADER_NOT_FOUND
 
 /// The system's text for an error code, in a buffer of the system's that lives as long as this object.
 class SystemErrorText

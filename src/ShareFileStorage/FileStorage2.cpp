@@ -7,13 +7,16 @@
 #include "../NoThrow.h"
 #include "../ObjectPath.h"
 #include "../Platform/LastError.h"
+#include "../ResponseBody.h"
 #include "../ResponseFile.h"
+#include "DepotForm.h"
 #include "SFSJsonHelper.h"
 #include "SFSReplies.h"
 #include "SyncExchange.h"
 
 #include <algorithm>
 #include <array>
+#include <cstdint>
 
 namespace quorvex
 {
@@ -333,7 +336,7 @@ int CFileStorage2::LargeFileCreate(const wchar_t* folder, const wchar_t* fileNam
         if (answer.code != kCodeOk)
         {
             LOG_ERROR(L"LargeFileCreate nRespCode error, return " << answer.code);
-            return answer.code;
+            return RefusedStatus(static_cast<std::uint32_t>(answer.code));
         }
 
         CSFSJsonHelper helper;

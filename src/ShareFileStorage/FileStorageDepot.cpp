@@ -2,6 +2,7 @@
 
 #include "../JsonHelper.h"
 #include "../NoThrow.h"
+#include "DepotForm.h"
 #include "FileStorageExchange.h"
 #include "SFSJsonHelper.h"
 

@@ -1,15 +1,11 @@
 #pragma once
 
-#include "../BoundedText.h"
-#include "../ObjectPath.h"
-
 #include <cstddef>
 #include <memory>
 #include <string>
 #include <string_view>
 
-/// What the generations of the shared file storage make of the server's replies, and the form that they announce a
-/// large file with.
+/// What the generations of the shared file storage make of the server's replies.
 namespace quorvex
 {
 
@@ -47,18 +43,5 @@ int ReadUpload(const std::string& reply, wchar_t* keyOut, unsigned long keyOutLe
 
 /// Room for a key of the server's, the final zero included.
 inline constexpr std::size_t kKeySize = 65;
-
-/// The path that a depot file is read at.
-ObjectPath DepotPath(const wchar_t* uid, const wchar_t* key);
-
-/// A form of the depot's requests.
-using DepotForm = NarrowText<1024, Platform::CodePage::Oem>;
-
-/// The form that announces a local file. A file that cannot be read is announced without its digest, one of which
-/// nothing is known with the size 0.
-DepotForm CreateForm(const wchar_t* folder, const wchar_t* fileName);
-
-/// The form that finishes a large file.
-DepotForm FinishForm(const wchar_t* key);
 
 } // namespace quorvex

@@ -45,13 +45,18 @@ void LogRefusal(Request& request, const ResponseAttributes& attributes, const wc
 
 int CShareFileStorageHttpHelper::GetResponse(Request& request, std::string& response)
 {
+    return ReadResponse(request, response, kLongestResponse);
+}
+
+int CShareFileStorageHttpHelper::ReadResponse(Request& request, std::string& response, std::size_t longest)
+{
     response.clear();
     ResponseAttributes attributes;
     if (const int result = GetResponseAttribute(request, attributes); result != Result::Ok)
     {
         return result;
     }
-    return ReadGoodResponse(request, attributes, response);
+    return ReadGoodResponse(request, attributes, response, longest);
 }
 
 int CShareFileStorageHttpHelper::FileUpload(const wchar_t* objectPath, const wchar_t* folder, const wchar_t* fileName,
@@ -190,7 +195,7 @@ int CShareFileStorageHttpHelper::BufferDownload(const wchar_t* objectPath, std::
         return result;
     }
     std::string response;
-    if (const int result = GetResponse(request, response); result != Result::Ok)
+    if (const int result = ReadResponse(request, response, LongestRange(transferSize)); result != Result::Ok)
     {
         return result;
     }

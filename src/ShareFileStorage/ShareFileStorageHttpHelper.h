@@ -2,6 +2,7 @@
 
 #include "../HttpHelper.h"
 
+#include <cstddef>
 #include <cstdint>
 #include <span>
 #include <string>
@@ -61,6 +62,11 @@ public:
     /// @param transferSize in: bytes wanted; out, on success: bytes received, never more than wanted
     /// @param buffer       room for the bytes wanted
     int BufferDownload(const wchar_t* objectPath, std::uint32_t start, std::uint32_t& transferSize, void* buffer);
+
+private:
+    /// @param longest bytes that the response may have
+    /// @return as GetResponse
+    static int ReadResponse(Platform::Request& request, std::string& response, std::size_t longest);
 };
 
 } // namespace quorvex

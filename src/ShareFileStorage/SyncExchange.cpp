@@ -1,8 +1,11 @@
 #include "SyncExchange.h"
 
+#include "../ResponseBody.h"
+
 #include <quorvex/Results.h>
 
 #include <algorithm>
+#include <cstdint>
 
 namespace quorvex
 {
@@ -12,6 +15,12 @@ namespace
 
 constexpr int kStatusOk = 200;
 constexpr int kStatusPartial = 206;
+
+/// @return the result of a refused request
+int Refused(const SyncAnswer& answer)
+{
+    return RefusedStatus(static_cast<std::uint32_t>(answer.code));
+}
 
 } // namespace
 
@@ -30,14 +39,14 @@ int SendSyncForReply(RequestDispatcher* dispatcher, __frl_stru_handle__* session
                      SyncAnswer& answer)
 {
     const int result = SendSync(dispatcher, session, request, answer);
-    return result != Result::Ok || answer.code == kStatusOk ? result : answer.code;
+    return result != Result::Ok || answer.code == kStatusOk ? result : Refused(answer);
 }
 
 int SendSyncForRange(RequestDispatcher* dispatcher, __frl_stru_handle__* session, const SyncRequest& request,
                      SyncAnswer& answer)
 {
     const int result = SendSync(dispatcher, session, request, answer);
-    return result != Result::Ok || answer.code == kStatusOk || answer.code == kStatusPartial ? result : answer.code;
+    return result != Result::Ok || answer.code == kStatusOk || answer.code == kStatusPartial ? result : Refused(answer);
 }
 
 bool TakeRange(std::string_view body, void* buffer, unsigned long& length)

@@ -15,12 +15,12 @@ int SendSync(RequestDispatcher* dispatcher, __frl_stru_handle__* session, const 
              SyncAnswer& answer);
 
 /// Sends a request whose answer is a reply.
-/// @return as SendSync; and a status other than 200
+/// @return as SendSync; and a status other than 200, of which 0 becomes 1
 int SendSyncForReply(RequestDispatcher* dispatcher, __frl_stru_handle__* session, const SyncRequest& request,
                      SyncAnswer& answer);
 
 /// Sends a request for a range.
-/// @return as SendSync; and a status other than 200 and 206
+/// @return as SendSync; and a status other than 200 and 206, of which 0 becomes 1
 int SendSyncForRange(RequestDispatcher* dispatcher, __frl_stru_handle__* session, const SyncRequest& request,
                      SyncAnswer& answer);
 

@@ -22,19 +22,21 @@ constexpr std::array<std::string_view, 8> cannotFail{
 };
 
 /// What the compiler's runtime and the thread library call, in and around the module's own code.
-constexpr std::array<std::string_view, 46> ofTheRuntime{
+constexpr std::array<std::string_view, 49> ofTheRuntime{
     "AddVectoredExceptionHandler",
     "CreateEventA",
     "CreateSemaphoreA",
     "DisableThreadLibraryCalls",
     "DuplicateHandle",
     "FormatMessageA",
+    "FreeLibrary",
     "GetCurrentProcess",
     "GetCurrentProcessId",
     "GetCurrentThread",
     "GetCurrentThreadId",
     "GetFileAttributesExW",
     "GetHandleInformation",
+    "GetModuleHandleA",
     "GetModuleHandleW",
     "GetProcAddress",
     "GetProcessAffinityMask",
@@ -45,6 +47,7 @@ constexpr std::array<std::string_view, 46> ofTheRuntime{
     "InitializeCriticalSection",
     "IsDBCSLeadByteEx",
     "IsDebuggerPresent",
+    "LoadLibraryA",
     "LoadLibraryW",
     "OpenProcess",
     "OutputDebugStringA",

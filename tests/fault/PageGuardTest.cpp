@@ -45,6 +45,16 @@ TEST(PageGuards, StandRightBehindALargeRoom)
     EXPECT_FALSE(isAccessible(room.get() - 1));
 }
 
+#if !defined(_WIN64)
+TEST(PageGuards, StandInTheUpperHalfOfTheAddressSpace)
+{
+    support::guardHeap();
+    auto* vector = CNetDisk::NewFileInfoVector();
+    EXPECT_GE(reinterpret_cast<std::uintptr_t>(vector), 0x80000000U);
+    CNetDisk::DeleteFileInfoVector(vector);
+}
+#endif
+
 TEST(PageGuards, StandBehindTheModulesBlocksAndOnFreedOnes)
 {
     support::guardHeap();

@@ -31,6 +31,21 @@ constexpr std::size_t pagesFor(std::size_t bytes)
     return (bytes + pageSize - 1) / pageSize;
 }
 
+/// In a 32-bit program beyond the first 2 GiB, where a host's memory may be, too: no pointer is a signed number.
+unsigned char* reserveRegion()
+{
+    void* region = nullptr;
+    if constexpr (sizeof(void*) == 4)
+    {
+        constexpr std::uintptr_t step = 16U << 20U;
+        for (std::uintptr_t at = 0x80000000U; region == nullptr && at <= 0xFFFFFFFFU - regionSize; at += step)
+            region = VirtualAlloc(reinterpret_cast<void*>(at), regionSize, MEM_RESERVE, PAGE_NOACCESS);
+    }
+    if (region == nullptr)
+        region = VirtualAlloc(nullptr, regionSize, MEM_RESERVE, PAGE_NOACCESS);
+    return static_cast<unsigned char*>(region);
+}
+
 [[noreturn]] void endProgram(const char* defect)
 {
     std::fprintf(stderr, "page guards: %s\n", defect);
@@ -43,7 +58,7 @@ class GuardedHeap
 {
 public:
     GuardedHeap()
-        : m_region(static_cast<unsigned char*>(VirtualAlloc(nullptr, regionSize, MEM_RESERVE, PAGE_NOACCESS))),
+        : m_region(reserveRegion()),
           m_sizes(static_cast<std::size_t*>(
               VirtualAlloc(nullptr, pageCount * sizeof(std::size_t), MEM_RESERVE | MEM_COMMIT, PAGE_READWRITE)))
     {

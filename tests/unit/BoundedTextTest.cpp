@@ -2,9 +2,11 @@
 
 #include <gtest/gtest.h>
 
+#include <cstddef>
 #include <cstdint>
 #include <cstring>
 #include <string>
+#include <string_view>
 
 using quorvex::NarrowText;
 using quorvex::WideText;
@@ -107,4 +109,17 @@ TEST(NarrowText, BytesThatAreNoUtf8AreCutAnywhere)
     NarrowText<8> afterAscii;
     afterAscii << std::string_view("abcdef\x80\x80\x80");
     EXPECT_EQ(afterAscii.view(), "abcdef\x80");
+}
+
+TEST(NarrowText, NeverCutsWithinACharacterOfAnyLength)
+{
+    for (const std::string_view character : {"\xC3\xA9", "\xE4\xB8\xAD", "\xF0\x9F\x98\x80"})
+    {
+        for (std::size_t kept = 1; kept < character.size(); ++kept)
+        {
+            NarrowText<8> text;
+            text << std::string(7 - kept, 'a') << character;
+            EXPECT_EQ(text.view(), std::string(7 - kept, 'a')) << character.size() << " bytes, room for " << kept;
+        }
+    }
 }

@@ -3,6 +3,9 @@
 #include <gtest/gtest.h>
 
 #include <array>
+#include <climits>
+#include <cstddef>
+#include <span>
 #include <string>
 
 using quorvex::Platform::CodePage;
@@ -63,4 +66,32 @@ TEST(CodePage, NoRoomTakesNothing)
 {
     EXPECT_EQ(ToWide("abc", CodePage::Utf8, std::span<wchar_t>()), 0U);
     EXPECT_EQ(ToNarrow(L"abc", CodePage::Utf8, std::span<char>()), 0U);
+}
+
+TEST(CodePage, HalvesOfCharactersStandAloneWhereTextIsCut)
+{
+    std::array<char, 8> room = {};
+    const std::wstring half(1, L'\xD83D');
+    // The text does not fit, so that its characters are converted one by one.
+    EXPECT_EQ(ToNarrow(L"abcdef" + half, CodePage::Utf8, std::span(room).first(7)), 6U);
+    for (const std::wstring& text : {half + L"bcdefghi", half + L"\uE000cdefghi"})
+    {
+        const std::size_t filled = ToNarrow(text, CodePage::Utf8, room);
+        EXPECT_EQ(std::string(room.data(), 3), "\xEF\xBF\xBD");
+        EXPECT_EQ(filled, 8U);
+    }
+}
+
+TEST(CodePage, MoreThanTheSystemCountsIsEmpty)
+{
+    // Nothing of it is read.
+    const char narrow = 'a';
+    const wchar_t wide = L'a';
+    constexpr std::size_t tooMany = std::size_t{INT_MAX} + 1;
+    EXPECT_EQ(ToWide({&narrow, tooMany}, CodePage::Utf8), L"");
+    EXPECT_EQ(ToNarrow({&wide, tooMany}, CodePage::Utf8), "");
+    std::array<wchar_t, 2> wideRoom = {};
+    EXPECT_EQ(ToWide({&narrow, tooMany}, CodePage::Utf8, wideRoom), 0U);
+    std::array<char, 2> narrowRoom = {};
+    EXPECT_EQ(ToNarrow({&wide, tooMany}, CodePage::Utf8, narrowRoom), 0U);
 }

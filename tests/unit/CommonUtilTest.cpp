@@ -224,4 +224,9 @@ TEST(CopyOut, WithoutBufferOrRoomNothingIsWritten)
     EXPECT_EQ(guard, L'#');
     CopyToWide("abc", nullptr, 5);
     CopyWide(L"abc", nullptr, 5);
+
+    char narrowGuard = '#';
+    CopyToUtf8(L"abc", &narrowGuard, 0);
+    EXPECT_EQ(narrowGuard, '#');
+    CopyToUtf8(L"abc", nullptr, 5);
 }

@@ -22,6 +22,14 @@ TEST(FileName, PathsLeave)
     }
 }
 
+TEST(FileName, WhatOnlyResemblesADeviceStays)
+{
+    for (const wchar_t* const name : {L"{on", L"@ux", L"n\u00FAl", L"com1\u0660", L"CONIN_", L"COMX", L"LP1"})
+    {
+        EXPECT_TRUE(StaysInFolder(name)) << std::wstring(name).size();
+    }
+}
+
 TEST(FileName, DevicesLeave)
 {
     for (const wchar_t* const name :

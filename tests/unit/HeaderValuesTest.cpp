@@ -79,6 +79,8 @@ TEST(ContentRange, WhatIsNoNumberIsZero)
     EXPECT_EQ(ParseContentRangeTotal(L"bytes 0-0/"), 0U);
     EXPECT_EQ(ParseContentRangeTotal(L"bytes 0-0/*"), 0U);
     EXPECT_EQ(ParseContentRangeTotal(L"bytes */5"), 0U);
+    EXPECT_EQ(ParseContentRangeTotal(L"bytes 0-0/\b5"), 0U);
+    EXPECT_EQ(ParseContentRangeTotal(L"bytes 0-0/\x0E 5"), 0U);
 }
 
 TEST(ContentRange, NumberEndsAtTheFirstOtherCharacter)

@@ -10,6 +10,7 @@
 
 #include <ferrolink/event.h>
 #include <ferrolink/http_session.h>
+#include <ferrolink/log.h>
 
 #include <gtest/gtest.h>
 
@@ -465,6 +466,17 @@ TEST_F(HttpSync, ARequestWithoutARecordIsMadeAndNoted)
     EXPECT_EQ(server.requests().size(), 1u);
     EXPECT_EQ(log.messages("ERROR"), Texts{"! frl_http_request_sync _sync_cb rd is empty!"});
     EXPECT_EQ(Lines("DEBUG"), Texts{});
+}
+
+TEST_F(HttpSync, ARequestWithoutARecordNeedsNoLog)
+{
+    server.play({Answer(200, "hello")});
+    frl_log_set_level(0);
+    const std::wstring url = Url(L"/a");
+    EXPECT_EQ(dispatcher->Perform(session, {.method = L"GET", .url = url.c_str()}, nullptr), 0);
+    server.stop();
+    EXPECT_EQ(server.requests().size(), 1u);
+    EXPECT_TRUE(log.lines().empty());
 }
 
 TEST_F(HttpSync, WhatCannotBeOpenedFails)

@@ -1,4 +1,5 @@
 #include "Inflate.h"
+#include "ResponseBody.h"
 
 #include "support/LogCapture.h"
 #include "support/SystemCalls.h"
@@ -6,7 +7,10 @@
 #include <gtest/gtest.h>
 #include <zlib.h>
 
+#include <quorvex/Results.h>
+
 #include <algorithm>
+#include <cstddef>
 #include <new>
 #include <string>
 #include <vector>
@@ -18,6 +22,7 @@ namespace
 
 constexpr int kGzipWrapper = 15 + 16;
 constexpr int kZlibWrapper = 15;
+constexpr std::size_t kAnySize = static_cast<std::size_t>(-1);
 
 std::string Deflated(const std::string& text, int windowBits, const std::string& dictionary = {})
 {
@@ -84,17 +89,17 @@ TEST(Inflate, GzipAndDeflate)
 {
     const std::string text = Noise(10000);
     std::string out;
-    EXPECT_EQ(InflateToString(out, Deflated(text, kGzipWrapper), kEncodingGzip), 0);
+    EXPECT_EQ(InflateToString(out, Deflated(text, kGzipWrapper), kEncodingGzip, kAnySize), 0);
     EXPECT_EQ(out, text);
     out.clear();
-    EXPECT_EQ(InflateToString(out, Deflated(text, kZlibWrapper), kEncodingDeflate), 0);
+    EXPECT_EQ(InflateToString(out, Deflated(text, kZlibWrapper), kEncodingDeflate, kAnySize), 0);
     EXPECT_EQ(out, text);
 }
 
 TEST(Inflate, GzipFindsOutWhichHeaderThereIs)
 {
     std::string out;
-    EXPECT_EQ(InflateToString(out, Deflated("text", kZlibWrapper), kEncodingGzip), 0);
+    EXPECT_EQ(InflateToString(out, Deflated("text", kZlibWrapper), kEncodingGzip, kAnySize), 0);
     EXPECT_EQ(out, "text");
 }
 
@@ -102,14 +107,14 @@ TEST(Inflate, DeflateTakesNoGzipHeader)
 {
     const support::LogCapture log;
     std::string out;
-    EXPECT_EQ(InflateToString(out, Deflated("text", kGzipWrapper), kEncodingDeflate), Z_DATA_ERROR);
+    EXPECT_EQ(InflateToString(out, Deflated("text", kGzipWrapper), kEncodingDeflate, kAnySize), Z_DATA_ERROR);
     EXPECT_EQ(log.messages("ERROR"), std::vector<std::string>{"GetResponse() inflate() ret=-3"});
 }
 
 TEST(Inflate, AppendsToWhatIsThere)
 {
     std::string out = "before ";
-    EXPECT_EQ(InflateToString(out, Deflated("after", kGzipWrapper), kEncodingGzip), 0);
+    EXPECT_EQ(InflateToString(out, Deflated("after", kGzipWrapper), kEncodingGzip, kAnySize), 0);
     EXPECT_EQ(out, "before after");
 }
 
@@ -119,7 +124,7 @@ TEST(Inflate, WholeChunksTakeOneMoreRound)
     {
         const std::string text(size, 'x');
         std::string out;
-        EXPECT_EQ(InflateToString(out, Deflated(text, kGzipWrapper), kEncodingGzip), 0) << size;
+        EXPECT_EQ(InflateToString(out, Deflated(text, kGzipWrapper), kEncodingGzip, kAnySize), 0) << size;
         EXPECT_EQ(out, text) << size;
     }
 }
@@ -131,7 +136,7 @@ TEST(Inflate, CutBodyIsLoggedAndStillGivesWhatCameAndZero)
     const std::string whole = Deflated(text, kGzipWrapper);
     std::string out;
     // Only the trailer's last bytes are gone: every byte of text is there.
-    EXPECT_EQ(InflateToString(out, std::span(whole).first(whole.size() - 4), kEncodingGzip), 0);
+    EXPECT_EQ(InflateToString(out, std::span(whole).first(whole.size() - 4), kEncodingGzip, kAnySize), 0);
     EXPECT_EQ(out, text);
     EXPECT_EQ(log.messages("ERROR"),
               std::vector<std::string>{"GetResponse() inflate() last return is not Z_STREAM_END, ret=0"});
@@ -141,7 +146,7 @@ TEST(Inflate, EmptyBodyIsNoStream)
 {
     const support::LogCapture log;
     std::string out;
-    EXPECT_EQ(InflateToString(out, {}, kEncodingGzip), Z_BUF_ERROR);
+    EXPECT_EQ(InflateToString(out, {}, kEncodingGzip, kAnySize), Z_BUF_ERROR);
     EXPECT_EQ(log.messages("ERROR"),
               std::vector<std::string>{"GetResponse() inflate() last return is not Z_STREAM_END, ret=-5"});
 }
@@ -152,15 +157,55 @@ TEST(Inflate, CorruptBodyIsADataError)
     std::string whole = Deflated(Noise(5000), kGzipWrapper);
     whole[whole.size() - 6] = static_cast<char>(~whole[whole.size() - 6]);
     std::string out;
-    EXPECT_EQ(InflateToString(out, whole, kEncodingGzip), Z_DATA_ERROR);
+    EXPECT_EQ(InflateToString(out, whole, kEncodingGzip, kAnySize), Z_DATA_ERROR);
     EXPECT_EQ(log.messages("ERROR"), std::vector<std::string>{"GetResponse() inflate() ret=-3"});
+}
+
+TEST(Inflate, ATextMayBeAsLongAsTheLimitAndNoLonger)
+{
+    for (const std::size_t size :
+         {std::size_t{1}, kInflateChunk - 1, kInflateChunk, kInflateChunk + 1, 3 * kInflateChunk, std::size_t{50000}})
+    {
+        const support::LogCapture log(8);
+        const std::string text(size, 'a');
+        const std::string whole = Deflated(text, kGzipWrapper);
+        std::string out;
+        EXPECT_EQ(InflateToString(out, whole, kEncodingGzip, size), 0);
+        EXPECT_EQ(out, text);
+        EXPECT_TRUE(log.lines().empty());
+
+        out.clear();
+        EXPECT_EQ(InflateToString(out, whole, kEncodingGzip, size - 1), Result::TransferFailed);
+        EXPECT_EQ(out, "");
+        EXPECT_EQ(log.messages("ERROR"),
+                  std::vector<std::string>{"GetResponse() inflate() gives too long a response, limit=" +
+                                           std::to_string(size - 1)});
+    }
+}
+
+TEST(Inflate, ATextIsBoundedTogetherWithWhatStandsBeforeIt)
+{
+    std::string out(10, 'b');
+    const std::string whole = Deflated("12345", kGzipWrapper);
+    EXPECT_EQ(InflateToString(out, whole, kEncodingGzip, 14), Result::TransferFailed);
+    out.assign(10, 'b');
+    EXPECT_EQ(InflateToString(out, whole, kEncodingGzip, 15), 0);
+    EXPECT_EQ(out, std::string(10, 'b') + "12345");
+}
+
+TEST(Inflate, ARangeMayBeAsLongAsItWasAskedFor)
+{
+    EXPECT_EQ(LongestRange(0), kLongestResponse);
+    EXPECT_EQ(LongestRange(static_cast<std::uint32_t>(kLongestResponse)), kLongestResponse);
+    EXPECT_EQ(LongestRange(static_cast<std::uint32_t>(kLongestResponse) + 1), kLongestResponse + 1);
+    EXPECT_EQ(LongestRange(0xFFFFFFFFU), 0xFFFFFFFFU);
 }
 
 TEST(Inflate, PresetDictionaryCountsAsDamage)
 {
     const support::LogCapture log;
     std::string out;
-    EXPECT_EQ(InflateToString(out, Deflated("some text", kZlibWrapper, "some dictionary"), kEncodingDeflate),
+    EXPECT_EQ(InflateToString(out, Deflated("some text", kZlibWrapper, "some dictionary"), kEncodingDeflate, kAnySize),
               Z_DATA_ERROR);
     EXPECT_EQ(log.messages("ERROR"), std::vector<std::string>{"GetResponse() inflate() ret=-3"});
 }
@@ -171,7 +216,7 @@ TEST(Inflate, EveryCutOfABodyEndsInSomeResult)
     for (std::size_t length = 0; length < whole.size(); ++length)
     {
         std::string out;
-        const int result = InflateToString(out, std::span(whole).first(length), kEncodingGzip);
+        const int result = InflateToString(out, std::span(whole).first(length), kEncodingGzip, kAnySize);
         EXPECT_TRUE(result == 0 || result == Z_BUF_ERROR) << length << " " << result;
     }
 }
@@ -191,9 +236,19 @@ TEST(Inflate, ABodyWhoseInflaterCannotBeSetUpFailsInItsFirstStep)
     const std::string whole = Deflated("text", kGzipWrapper);
     const std::vector<int> results = WithoutMemory([&] {
         std::string out;
-        return InflateToString(out, whole, kEncodingGzip);
+        return InflateToString(out, whole, kEncodingGzip, kAnySize);
     });
     EXPECT_EQ(std::ranges::count(results, Z_STREAM_ERROR), 1);
     const std::vector<std::string> lines = log.messages("ERROR");
     EXPECT_EQ(std::ranges::count(lines, "GetResponse() inflate() last return is not Z_STREAM_END, ret=-2"), 1);
+}
+
+TEST(Inflate, BadDataAndMissingMemoryEndABodyAtOnce)
+{
+    EXPECT_TRUE(Inflater::IsFailure(Z_DATA_ERROR));
+    EXPECT_TRUE(Inflater::IsFailure(Z_MEM_ERROR));
+    for (const int result : {Z_OK, Z_STREAM_END, Z_BUF_ERROR, Z_STREAM_ERROR})
+    {
+        EXPECT_FALSE(Inflater::IsFailure(result)) << result;
+    }
 }

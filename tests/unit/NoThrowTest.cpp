@@ -30,3 +30,11 @@ TEST(NoThrow, WhateverElseIsThrownToo)
     EXPECT_EQ(NoThrow(L"Operation()", []() -> int { throw 5; }), 1);
     EXPECT_EQ(log.messages("ERROR"), std::vector<std::string>{"Operation() ended by an unknown exception"});
 }
+
+TEST(NoThrow, NeedsNoLog)
+{
+    const support::LogCapture log(0);
+    EXPECT_EQ(NoThrow(L"Operation()", []() -> int { throw std::bad_alloc(); }), 1);
+    EXPECT_EQ(NoThrow(L"Operation()", []() -> int { throw 5; }), 1);
+    EXPECT_TRUE(log.lines().empty());
+}

@@ -16,6 +16,7 @@
 #include <memory>
 #include <string>
 #include <utility>
+#include <vector>
 
 namespace wire
 {
@@ -27,13 +28,22 @@ namespace fs = std::filesystem;
 class StepRunner
 {
 public:
-    StepRunner(const Variables& variables, fs::path folder) : m_variables(variables), m_folder(std::move(folder)) {}
+    StepRunner(const Variables& variables, fs::path folder, Logging logging)
+        : m_variables(variables), m_folder(std::move(folder)), m_logging(logging)
+    {
+        if (m_logging == Logging::Off)
+            frl_log_set_level(0);
+    }
 
     void operator()(const ClientStep& step) { m_client = makeClient(step.kind, Arguments(step.arguments)); }
 
     void operator()(const FailStep& step) { m_calls.fail(step.function, step.call, step.error, step.howMany); }
 
-    void operator()(const LevelsStep& step) const { frl_log_set_level(step.levels); }
+    void operator()(const LevelsStep& step) const
+    {
+        if (m_logging == Logging::AsInCase)
+            frl_log_set_level(step.levels);
+    }
 
     void operator()(const FileStep& step) const
     {
@@ -69,6 +79,7 @@ public:
 private:
     const Variables& m_variables;
     fs::path m_folder;
+    Logging m_logging;
     support::SystemCalls m_calls;
     support::HandleLedger m_ledger{m_calls};
     std::unique_ptr<Client> m_client;
@@ -88,11 +99,22 @@ void checkFiles(const CaseFile& file, const fs::path& folder)
         EXPECT_FALSE(fs::exists(folder / support::toWide(name))) << "there is a file " << name;
 }
 
+void checkLog(const CaseFile& file, const std::vector<support::LogLine>& lines, Logging logging)
+{
+    if (logging == Logging::Off)
+    {
+        EXPECT_EQ(lines.size(), 0u) << "lines of the log although every level is off";
+        return;
+    }
+    if (const std::string differences = compareLog(file, lines); !differences.empty())
+        ADD_FAILURE() << differences;
+}
+
 void runParsed(const CaseFile& file, support::ScriptedServer& server, const Variables& variables,
-               const fs::path& folder)
+               const fs::path& folder, Logging logging)
 {
     const support::LogCapture log;
-    StepRunner runner(variables, folder);
+    StepRunner runner(variables, folder, logging);
     server.play(file.replies);
     for (const Step& step : file.steps)
         std::visit(runner, step);
@@ -102,8 +124,7 @@ void runParsed(const CaseFile& file, support::ScriptedServer& server, const Vari
     if (const std::string differences = compareRequests(file.requests, server.requests()); !differences.empty())
         ADD_FAILURE() << differences;
     EXPECT_EQ(server.unexpectedConnections(), 0u) << "requests beyond the listed ones";
-    if (const std::string differences = compareLog(file, log.lines()); !differences.empty())
-        ADD_FAILURE() << differences;
+    checkLog(file, log.lines(), logging);
     for (const std::string& defect : runner.handleDefects())
         ADD_FAILURE() << defect;
     checkFiles(file, folder);
@@ -111,7 +132,7 @@ void runParsed(const CaseFile& file, support::ScriptedServer& server, const Vari
 
 } // namespace
 
-void runCase(const fs::path& path, const HeadTemplates& heads)
+void runCase(const fs::path& path, const HeadTemplates& heads, Logging logging)
 {
     const support::TempFolder folder;
     const support::RefusingPort refusing;
@@ -124,7 +145,7 @@ void runCase(const fs::path& path, const HeadTemplates& heads)
     };
     try
     {
-        runParsed(parseCase(support::readFile(path), heads, variables), server, variables, folder.path());
+        runParsed(parseCase(support::readFile(path), heads, variables), server, variables, folder.path(), logging);
     }
     catch (const CaseError& error)
     {

@@ -18,16 +18,17 @@ namespace fs = std::filesystem;
 class CaseTest : public testing::Test
 {
 public:
-    explicit CaseTest(fs::path file) : m_file(std::move(file)) {}
+    CaseTest(fs::path file, wire::Logging logging) : m_file(std::move(file)), m_logging(logging) {}
 
     static void SetUpTestSuite() { s_heads = wire::readHeadTemplates(QUORVEX_HEADS); }
 
-    void TestBody() override { wire::runCase(m_file, s_heads); }
+    void TestBody() override { wire::runCase(m_file, s_heads, m_logging); }
 
 private:
     static inline wire::HeadTemplates s_heads;
 
     fs::path m_file;
+    wire::Logging m_logging;
 };
 
 std::vector<fs::path> caseFiles(const fs::path& folder)
@@ -49,13 +50,13 @@ std::string testName(std::string name)
 }
 
 /// The folder below the cases is the suite's name, the file's name the test's.
-void registerCase(const fs::path& file, const fs::path& root)
+void registerCase(const fs::path& file, const fs::path& root, wire::Logging logging)
 {
     const std::string suite = testName(file.parent_path().lexically_relative(root).generic_string());
     const std::string name = testName(file.stem().string());
     const std::string shown = file.generic_string();
     testing::RegisterTest(suite.c_str(), name.c_str(), nullptr, nullptr, shown.c_str(), 1,
-                          [=]() -> CaseTest* { return new CaseTest(file); });
+                          [=]() -> CaseTest* { return new CaseTest(file, logging); });
 }
 
 fs::path casesFolder(int argc, char** argv)
@@ -75,8 +76,10 @@ int main(int argc, char** argv)
     try
     {
         const fs::path root = casesFolder(argc, argv);
+        const bool isSilent = std::find(argv, argv + argc, std::string_view("--silent")) != argv + argc;
+        const wire::Logging logging = isSilent ? wire::Logging::Off : wire::Logging::AsInCase;
         for (const fs::path& file : caseFiles(root))
-            registerCase(file, root);
+            registerCase(file, root, logging);
     }
     catch (const std::exception& error)
     {
