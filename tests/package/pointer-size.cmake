@@ -1,0 +1,17 @@
+# A build of the other pointer size does not take the package for its own.
+cmake_minimum_required(VERSION 3.24)
+
+get_filename_component(name ${SDK} NAME)
+foreach(CMAKE_SIZEOF_VOID_P IN ITEMS 4 8)
+    set(PACKAGE_FIND_VERSION ${VERSION})
+    set(PACKAGE_VERSION_UNSUITABLE FALSE)
+    include(${SDK}/${name}-installed/lib/cmake/quorvex/quorvex-config-version.cmake)
+    if(CMAKE_SIZEOF_VOID_P EQUAL SIZE)
+        set(unsuitable FALSE)
+    else()
+        set(unsuitable TRUE)
+    endif()
+    if(NOT PACKAGE_VERSION_UNSUITABLE STREQUAL unsuitable)
+        message(FATAL_ERROR "Pointers of ${CMAKE_SIZEOF_VOID_P} bytes: unsuitable is ${PACKAGE_VERSION_UNSUITABLE}.")
+    endif()
+endforeach()
