@@ -1,10 +1,12 @@
 #!/usr/bin/env bash
 # clang-tidy over what the given builds have compiled of the module, its host and the services (tests and
-# benchmarks have the compilers' warnings): check-tidy.sh PRESET...
+# benchmarks have the compilers' warnings): check-tidy.sh ROOMS PRESET..., ROOMS being folders parted by "|".
 # A file that passed is checked again only when it, a header of ours that it includes, or the rules change.
 set -euo pipefail
 
 cd "$(dirname "${BASH_SOURCE[0]}")/.."
+rooms=$1
+shift
 export passed=build/tidy
 # The public headers are for C++11 readers and have a check of their own.
 export our_headers="^$PWD/(src|host/console|host/ferrolink/src|services)/"
@@ -25,7 +27,7 @@ sources_of() {
     ninja -C "build/$1" -t deps | awk -v here="    $PWD/" -v build="    $PWD/build/" '
         /^[^ ]/ { if (line != "") print line; line = "" }
         index($0, here) == 1 && index($0, build) != 1 { line = line " " substr($0, length(here) + 1) }
-        END { if (line != "") print line }' | grep -E '^ (src|host|services)/' | sort -u | while read -r source headers; do
+        END { if (line != "") print line }' | grep -E "^ ($rooms)/" | sort -u | while read -r source headers; do
         # shellcheck disable=SC2086
         printf '%s %s\n' "$source" "$({ echo "$rules"; sha256sum "$source" $headers; } | sha256sum | cut -c1-64)"
     done

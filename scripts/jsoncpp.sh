@@ -6,31 +6,13 @@ arch=${1:-x86_64}
 root=$(cd "$(dirname "${BASH_SOURCE[0]}")/.." && pwd)
 work=$root/build/jsoncpp
 prefix=$root/build/deps/$arch
-
-# The machine's own package sources, as source-package entries, in either of apt's two forms.
-source_entries() {
-    local entries=$work/apt/sources file
-    rm -rf "$entries"
-    mkdir -p "$entries" "$work/apt/lists/partial" "$work/apt/cache/archives/partial"
-    for file in /etc/apt/sources.list /etc/apt/sources.list.d/*.list; do
-        if [[ -r $file ]]; then sed -n 's/^[[:space:]]*deb[[:space:]]/deb-src /p' "$file"; fi
-    done >"$entries/machine.list"
-    for file in /etc/apt/sources.list.d/*.sources; do
-        if [[ -r $file ]]; then sed 's/^Types:.*/Types: deb-src/' "$file" >"$entries/$(basename "$file")"; fi
-    done
-}
-
-# Only the lists and the cache are set apart: the machine's keys, proxies and preferences still hold.
-own_apt() {
-    apt-get -q -o Dir::Etc::sourcelist=/dev/null -o Dir::Etc::sourceparts="$work/apt/sources" \
-        -o Dir::State::lists="$work/apt/lists" -o Dir::Cache="$work/apt/cache" \
-        -o APT::Sandbox::User="$(id -un)" "$@"
-}
+apt=$work/apt
+source "$root/scripts/own-apt.sh"
 
 # Unpacked beside its place and then moved there, so that an interrupted download is not taken for a whole one.
 fetch() {
     local unpacked=$work/unpacked
-    source_entries
+    take_sources deb-src
     # A source without source packages is no harm as long as one of them has this package.
     own_apt update || true
     rm -rf "$unpacked"

@@ -12,8 +12,10 @@ packages=(
     g++ cmake ninja-build pkgconf dpkg-dev openssl
     g++-mingw-w64-x86-64-posix libz-mingw-w64-dev wine wine64
     googletest libcpp-httplib-dev libsqlitecpp-dev libsqlite3-dev libcli11-dev libjsoncpp-dev zlib1g-dev
-    libssl-dev clang clang-tidy clang-format
+    libssl-dev clang libclang-rt-dev clang-tidy clang-format
 )
+# The fuzzers need no Windows.
+fuzz_packages=(g++ cmake ninja-build clang libclang-rt-dev libjsoncpp-dev zlib1g-dev libssl-dev)
 
 say() {
     printf '== %s\n' "$*"
@@ -36,15 +38,19 @@ quietly() {
     fi
 }
 
-# Two commands started at the same time would otherwise install and build over each other.
+# Two commands started at the same time would otherwise install and build over each other. A command that another one
+# starts works under that one's lock.
 lock_build() {
     mkdir -p "$build"
+    if [[ -n ${QUORVEX_LOCKED:-} ]]; then return 0; fi
     exec 8>"$build/lock"
     flock 8
+    export QUORVEX_LOCKED=1
 }
 
 unlock_build() {
     exec 8>&-
+    unset QUORVEX_LOCKED
 }
 
 as_root() {
@@ -128,11 +134,26 @@ seconds_since() {
     awk -v from="$1" -v to="$EPOCHREALTIME" 'BEGIN { printf "%.2f", to - from }'
 }
 
-# The 32-bit module needs a Wine that runs 32-bit programs, which a 64-bit Debian installs only when asked to.
+# 32-bit Wine that the machine has installed is used; otherwise it is unpacked under build/.
+prepare_wine32() {
+    local system=/usr
+    if [[ ! -x /usr/lib/wine/wine ]]; then
+        system=$build/i386/usr
+        # The loader of 32-bit programs, in a package of the machine's own architecture.
+        [[ -e /lib/ld-linux.so.2 ]] || install_packages libc6-i386
+        if [[ ! -d $system ]]; then
+            say "fetching 32-bit Wine (142 MB)"
+            quietly wine32 "$root/scripts/wine32.sh"
+        fi
+    fi
+    if [[ -d $build/wine32/drive_c ]]; then return 0; fi
+    say "preparing 32-bit Wine"
+    quietly wine32-start "$root/scripts/wine.sh" "$system/lib/i386-linux-gnu/wine/i386-windows/cmd.exe" /c exit
+}
+
+# What the 32-bit module needs besides.
 prepare_x86() {
     install_packages g++-mingw-w64-i686-posix
-    [[ -x /usr/lib/wine/wine ]] || fail "32-bit programs need 32-bit Wine: as root, run
-  dpkg --add-architecture i386 && apt-get update && apt-get install wine32:i386
-and remove $build/wine, which is then made anew."
     supply_jsoncpp i686
+    prepare_wine32
 }
