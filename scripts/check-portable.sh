@@ -74,6 +74,10 @@ write_build_file() {
     done
 }
 
+if [[ -z $(sources) ]]; then
+    echo "The build compiles nothing of the module: $preset" >&2
+    exit 1
+fi
 mkdir -p "$passed"
 write_build_file >"$passed/build.ninja"
 ninja -C "$passed" -k 0 --quiet || status=1

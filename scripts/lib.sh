@@ -80,15 +80,20 @@ install_packages() {
     quietly apt apt_install "${missing[@]}"
 }
 
-# Libraries for Windows that are already there, in the folder QUORVEX_PREFIX or CMAKE_PREFIX_PATH names.
+# Libraries for 64-bit Windows that are already there, in the folder QUORVEX_PREFIX or CMAKE_PREFIX_PATH names; those
+# for 32-bit Windows, in QUORVEX_PREFIX_I686: windows_prefix ARCH
 windows_prefix() {
-    printf '%s' "${QUORVEX_PREFIX:-${CMAKE_PREFIX_PATH:-}}"
+    if [[ $1 == x86_64 ]]; then
+        printf '%s' "${QUORVEX_PREFIX:-${CMAKE_PREFIX_PATH:-}}"
+    else
+        printf '%s' "${QUORVEX_PREFIX_I686:-}"
+    fi
 }
 
 # supply_jsoncpp ARCH
 supply_jsoncpp() {
     local prefix
-    IFS=: read -ra prefix <<<"$(windows_prefix)"
+    IFS=: read -ra prefix <<<"$(windows_prefix "$1")"
     for prefix in "${prefix[@]}" "$build/deps/$1"; do
         if compgen -G "$prefix/lib*/cmake/jsoncpp/*.cmake" >/dev/null; then return 0; fi
     done
@@ -99,8 +104,12 @@ supply_jsoncpp() {
 # configure PRESET: only the first time, or when other libraries are asked for; ninja sees to the rest.
 configure() {
     local prefix options=()
-    prefix=$(windows_prefix)
-    if [[ $1 == windows-* && -n $prefix ]]; then options=("-DCMAKE_PREFIX_PATH=${prefix//:/;}"); fi
+    case $1 in
+    windows-x64 | coverage) prefix=$(windows_prefix x86_64) ;;
+    windows-x86) prefix=$(windows_prefix i686) ;;
+    *) prefix= ;;
+    esac
+    if [[ -n $prefix ]]; then options=("-DCMAKE_PREFIX_PATH=${prefix//:/;}"); fi
     if [[ ${#options[@]} -gt 0 || ! -e $build/$1/build.ninja ]]; then
         (cd "$root" && quietly "configure-$1" cmake --preset "$1" "${options[@]}")
     fi

@@ -75,7 +75,7 @@ int RequestDispatcher::Perform(__frl_stru_handle__* session, const SyncRequest& 
     {
         return Result::RequestRefused;
     }
-    Waiter waiter{{}, answer};
+    Waiter waiter{{}, answer, request.longest};
     if (!waiter.done)
     {
         LOG_FAILED_CALL(L"CreateEvent error");
@@ -165,6 +165,12 @@ void RequestDispatcher::Complete(Waiter& waiter, int result, int code, std::stri
         LOG_ERROR(L"! frl_http_request_sync _sync_cb rd is empty!");
         waiter.done.Set();
         return;
+    }
+    if (body.size() > waiter.longest)
+    {
+        LOG_ERROR(L"_sync_cb gives too long a response, limit=" << waiter.longest);
+        result = FRL_HTTP_FAILED;
+        body = {};
     }
     SyncAnswer& answer = *waiter.answer;
     answer.result = result;

@@ -2,10 +2,12 @@
 
 #include "Platform/CriticalSection.h"
 #include "Platform/Event.h"
+#include "ResponseLimit.h"
 
 #include <ferrolink/http_session.h>
 
 #include <atomic>
+#include <cstddef>
 #include <list>
 #include <string>
 #include <string_view>
@@ -31,6 +33,7 @@ struct SyncRequest
     const wchar_t* headers = L""; ///< with CR LF between them and perhaps behind the last
     std::string_view body = {};
     const wchar_t* cookie = L"";
+    std::size_t longest = kLongestResponse; ///< bytes that the answer may have; a longer one is a failure
 };
 
 /// Opens a session of the service.
@@ -74,6 +77,7 @@ private:
     {
         Platform::Event done;
         SyncAnswer* answer;
+        std::size_t longest;
         bool isOutOfMemory = false;
     };
 

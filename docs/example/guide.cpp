@@ -12,12 +12,14 @@
 // [log]
 void ToOwnLog(void* context, unsigned level, const wchar_t* line, std::size_t length)
 {
-    auto& file = *static_cast<std::wofstream*>(context);
-    file << (level == FRL_LOG_ERROR ? L"! " : L"  ");
-    file.write(line, static_cast<std::streamsize>(length));
+    // As it is, in UTF-16: names in any script come here, and a narrow stream would stop at the first of them.
+    auto& file = *static_cast<std::ofstream*>(context);
+    if (level == FRL_LOG_ERROR)
+        file.write(reinterpret_cast<const char*>(L"! "), 2 * sizeof(wchar_t));
+    file.write(reinterpret_cast<const char*>(line), static_cast<std::streamsize>(length * sizeof(wchar_t)));
 }
 
-void StartLog(std::wofstream& file)
+void StartLog(std::ofstream& file) // opened with std::ios::binary
 {
     frl_log_set_callback(ToOwnLog, &file);
     frl_log_set_level(FRL_LOG_DEBUG | FRL_LOG_ERROR);
@@ -41,12 +43,12 @@ Advice AdviceFor(int result)
     {
     case Result::Ok:
         return Advice::GoOn;
-    case Result::NotConnected:
     case Result::TransferFailed:
-    case Result::RequestOpenFailed:
     case Result::UploadSendFailed:
     case Result::PostSendFailed:
     case Result::ReceiveFailed:
+    case Result::RequestRefused: // CFileStorage2, CFileStorage3: also their service's failure, -2 a time-out
+    case -2:
     case 500:
     case 502:
     case 503:

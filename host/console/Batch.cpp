@@ -24,8 +24,6 @@ public:
                 Note(thing, Failure::Interruption("interrupted before " + thing));
             else
                 Do(thing, act);
-            if (m_first && m_first->Status() == ExitStatus::kInterrupted)
-                break;
         }
         m_report.AddData(list, m_list);
         if (m_first)
@@ -57,9 +55,11 @@ private:
             WriteError(std::string("quorvex: ") + failure.what() + '\n');
         Append(thing, failure.Members(), false);
         // An interruption ends all, and so it is what there is to tell.
-        if (!m_first || failure.Status() == ExitStatus::kInterrupted)
+        if (!m_first || (IsInterruption(failure) && !IsInterruption(*m_first)))
             m_first = failure;
     }
+
+    static bool IsInterruption(const Failure& failure) { return failure.Status() == ExitStatus::kInterrupted; }
 
     void Append(const std::string& thing, Json::Value object, bool isDone)
     {

@@ -263,7 +263,7 @@ void CheckStorageWithLogin(ServiceCheck& check, const Options& options)
         unsigned long length = 1;
         const int result = third->Bufferdownload(L"0", L"quorvex-doctor", 0, &byte, length);
         Check({result == kNoSuchFile ? 0 : result, "Bufferdownload"}, "cannot ask for a file", Transport::Host);
-        return std::string("takes the session");
+        return std::string("answers that a file is not there, as would a server without it");
     });
 }
 
@@ -328,7 +328,9 @@ Report DoctorCommand(const Options& options)
     if (const auto failure = FailureOf(checks))
         report.SetFailure(*failure);
     else
-        report.AddText("all is well\n");
+        report.AddText(LoginMethod(options).empty()
+                           ? "the servers answer; give a login to have the services themselves tried\n"
+                           : "all is well\n");
     return report;
 }
 

@@ -13,6 +13,8 @@
 #include <functional>
 #include <new>
 
+#include <malloc.h>
+
 extern "C"
 {
     void* __real_malloc(std::size_t size);
@@ -24,13 +26,13 @@ extern "C"
 namespace
 {
 
-/// Four of them are a thread's, for as long as it lives, when it throws its first exception without memory.
+/// Some five of them are a thread's, for as long as it lives, when it throws its first exception without memory.
 struct alignas(std::max_align_t) ReserveBlock
 {
     std::byte bytes[1024];
 };
 
-std::array<ReserveBlock, 64> reserve;
+std::array<ReserveBlock, 256> reserve;
 std::array<std::atomic_flag, reserve.size()> isTaken;
 
 void* TakeBlock(std::size_t size)
@@ -75,25 +77,6 @@ extern "C"
         return reserved == nullptr ? nullptr : std::memset(reserved, 0, count * size);
     }
 
-    void* __wrap_realloc(void* block, std::size_t size)
-    {
-        if (block == nullptr)
-        {
-            return __wrap_malloc(size);
-        }
-        if (!IsReserved(block))
-        {
-            return __real_realloc(block, size);
-        }
-        void* const moved = __wrap_malloc(size);
-        if (moved != nullptr)
-        {
-            std::memcpy(moved, block, std::min(size, sizeof(ReserveBlock)));
-            GiveBack(block);
-        }
-        return moved;
-    }
-
     void __wrap_free(void* block)
     {
         if (IsReserved(block))
@@ -103,9 +86,35 @@ extern "C"
         }
         __real_free(block);
     }
+
+    void* __wrap_realloc(void* block, std::size_t size)
+    {
+        if (block == nullptr)
+        {
+            return __wrap_malloc(size);
+        }
+        const bool isReserved = IsReserved(block);
+        if (!isReserved)
+        {
+            void* const grown = __real_realloc(block, size);
+            // Without a size it was to be released, and has been.
+            if (grown != nullptr || size == 0)
+            {
+                return grown;
+            }
+        }
+        void* const moved = isReserved ? __wrap_malloc(size) : TakeBlock(size);
+        if (moved != nullptr)
+        {
+            const std::size_t held = isReserved ? sizeof(ReserveBlock) : _msize(block);
+            std::memcpy(moved, block, std::min(size, held));
+            __wrap_free(block);
+        }
+        return moved;
+    }
 }
 
-// The module's own objects never come out of the reserve.
+// The module's own objects never come out of the reserve; texts of the JSON library may.
 
 void* operator new(std::size_t size)
 {

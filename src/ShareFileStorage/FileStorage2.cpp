@@ -412,9 +412,12 @@ int CFileStorage2::LargeFileDownload(const wchar_t* uid, const wchar_t* key, uns
         const std::wstring header =
             RangeHeader(static_cast<std::uint32_t>(position), static_cast<std::uint32_t>(length));
         SyncAnswer answer;
-        if (const int result =
-                SendSyncForRange(m_pDispatcher.get(), m_hSession,
-                                 {.method = L"GET", .url = url.c_str(), .headers = header.c_str()}, answer);
+        if (const int result = SendSyncForRange(m_pDispatcher.get(), m_hSession,
+                                                {.method = L"GET",
+                                                 .url = url.c_str(),
+                                                 .headers = header.c_str(),
+                                                 .longest = LongestRange(static_cast<std::uint32_t>(length))},
+                                                answer);
             result != Result::Ok)
         {
             return result;

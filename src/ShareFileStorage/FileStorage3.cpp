@@ -61,9 +61,13 @@ struct CFileStorage3::Exchange
         return url;
     }
 
-    SyncRequest Get(const wchar_t* url, const wchar_t* headers = L"") const
+    SyncRequest Get(const wchar_t* url, const wchar_t* headers = L"", std::size_t longest = kLongestResponse) const
     {
-        return {.method = L"GET", .url = url, .headers = headers, .cookie = OrEmpty(storage.m_pszCookie.get())};
+        return {.method = L"GET",
+                .url = url,
+                .headers = headers,
+                .cookie = OrEmpty(storage.m_pszCookie.get()),
+                .longest = longest};
     }
 
     /// Posts a form and reads its reply.
@@ -204,8 +208,9 @@ int CFileStorage3::Bufferdownload(const wchar_t* first, const wchar_t* second, u
         const std::wstring header =
             RangeHeader(static_cast<std::uint32_t>(position), static_cast<std::uint32_t>(length));
         SyncAnswer answer;
-        if (const int result =
-                SendSyncForRange(m_pDispatcher.get(), m_hSession, exchange.Get(url.c_str(), header.c_str()), answer);
+        if (const int result = SendSyncForRange(
+                m_pDispatcher.get(), m_hSession,
+                exchange.Get(url.c_str(), header.c_str(), LongestRange(static_cast<std::uint32_t>(length))), answer);
             result != Result::Ok)
         {
             return result;

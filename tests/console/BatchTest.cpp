@@ -92,7 +92,10 @@ TEST_F(BatchTest, EndsWithAnInterruption)
     ASSERT_TRUE(report.WhyFailed().has_value());
     EXPECT_EQ(report.WhyFailed()->Status(), ExitStatus::kInterrupted);
     EXPECT_EQ(std::string(report.WhyFailed()->what()), "1 of 4 done; interrupted before c");
-    EXPECT_EQ(Parsed(report)["files"].size(), 3u);
+    const Json::Value files = Parsed(report)["files"];
+    ASSERT_EQ(files.size(), 4u);
+    EXPECT_EQ(files[3]["given"].asString(), "d");
+    EXPECT_FALSE(files[3]["ok"].asBool());
 }
 
 } // namespace

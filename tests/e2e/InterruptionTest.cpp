@@ -90,9 +90,10 @@ TEST_F(Interruption, OfSeveralUploadsTellsWhichAreDone)
                                            Write("never.txt", "never"), "--block-size", "128KiB"});
     EXPECT_EQ(run.exitStatus, kInterrupted);
     const Json::Value files = run.Json()["files"];
-    ASSERT_EQ(files.size(), 2U) << run.output;
+    ASSERT_EQ(files.size(), 3U) << run.output;
     EXPECT_TRUE(files[0]["ok"].asBool());
     EXPECT_FALSE(files[1]["ok"].asBool());
+    EXPECT_FALSE(files[2]["ok"].asBool());
 }
 
 TEST(InterruptionOfARequest, EndsTheProgramAtOnce)

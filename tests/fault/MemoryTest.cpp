@@ -8,8 +8,10 @@
 #include <gtest/gtest.h>
 
 #include <functional>
+#include <latch>
 #include <limits>
 #include <thread>
+#include <vector>
 
 namespace
 {
@@ -49,6 +51,28 @@ TEST_F(WithoutMemory, AClientHasNoConnection)
         result = disk.FolderDel(L"F");
     });
     EXPECT_EQ(result, -100);
+}
+
+TEST_F(WithoutMemory, ManyThreadsAtOnceGetOne)
+{
+    constexpr int threadCount = 40;
+    CNetDisk disk(L"http://127.0.0.1:1/object", nullptr);
+    constexpr auto forGood = std::numeric_limits<unsigned>::max();
+    for (const char* const function : {"malloc", "calloc", "realloc"})
+        m_calls.fail(function, 1, ERROR_NOT_ENOUGH_MEMORY, forGood);
+    std::vector<int> results(threadCount);
+    std::vector<std::thread> threads;
+    std::latch allAreDone(threadCount); // until then each keeps what the runtime has given it
+    for (int& result : results)
+        threads.emplace_back([&] {
+            result = disk.UserLogin(L"u", L"p");
+            allAreDone.arrive_and_wait();
+        });
+    for (std::thread& thread : threads)
+        thread.join();
+    for (const char* const function : {"malloc", "calloc", "realloc"})
+        m_calls.fail(function, 1, NO_ERROR, 0);
+    EXPECT_EQ(results, std::vector<int>(threadCount, 1));
 }
 
 TEST_F(WithoutMemory, RecordVectorsAreNull)

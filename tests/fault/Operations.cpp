@@ -48,8 +48,28 @@ Results runTwice(Client& client, const Call& call, const Stages& stages)
 
 } // namespace
 
+std::string Rooms::contents() const
+{
+    std::string all = values;
+    const auto add = [&](const auto& room) {
+        all.append(reinterpret_cast<const char*>(room.get()), room.size() * sizeof(*room));
+    };
+    add(key);
+    add(name);
+    add(second);
+    add(third);
+    add(md5);
+    add(sha1);
+    add(block);
+    add(ids);
+    add(longKey);
+    add(ticket);
+    return all;
+}
+
 void Rooms::prepare() const
 {
+    values.clear();
     const auto empty = [](const auto& room) { std::fill_n(room.get(), room.size(), 0); };
     empty(key);
     empty(name);
@@ -208,7 +228,7 @@ const std::vector<Operation>& netDiskOperations()
         {"LargeFileCreate", "{\"fkey\":\"K\",\"fsize\":0,\"cflag\":0}",
          [](CNetDisk& disk, const wchar_t* folder, const Rooms& out) {
              int complete = 0;
-             return disk.LargeFileCreate(folder, L"a.txt", out.key.get(), 20, complete);
+             return out.handed(disk.LargeFileCreate(folder, L"a.txt", out.key.get(), 20, complete), complete);
          }},
         {"LargeFileUpload", "{\"fkey\":\"K\",\"fsize\":5}",
          [](CNetDisk& disk, const wchar_t*, const Rooms& out) {
@@ -219,24 +239,24 @@ const std::vector<Operation>& netDiskOperations()
         {"LargeFileGetInfo", "h",
          [](CNetDisk& disk, const wchar_t*, const Rooms& out) {
              unsigned long size = 0;
-             return disk.LargeFileGetInfo(L"K", out.name.get(), 20, size, out.second.get());
+             return out.handed(disk.LargeFileGetInfo(L"K", out.name.get(), 20, size, out.second.get()), size);
          }},
         {"LargeFileDownload", "hello",
          [](CNetDisk& disk, const wchar_t*, const Rooms& out) {
              unsigned long size = 5;
-             return disk.LargeFileDownload(L"K", 0, out.block.get(), size);
+             return out.handed(disk.LargeFileDownload(L"K", 0, out.block.get(), size), size);
          }},
         {"CapacityInfo", "{\"total_space\":100,\"used_space\":7,\"max_file_size\":50}",
-         [](CNetDisk& disk, const wchar_t*, const Rooms&) {
+         [](CNetDisk& disk, const wchar_t*, const Rooms& out) {
              unsigned long long total = 0;
              unsigned long long used = 0;
              unsigned long most = 0;
-             return disk.CapacityInfo(total, used, most);
+             return out.handed(disk.CapacityInfo(total, used, most), total, used, most);
          }},
         {"FileGetChecksum", "",
          [](CNetDisk& disk, const wchar_t* folder, const Rooms& out) {
              unsigned long size = 0;
-             return disk.FileGetChecksum(folder, L"a.txt", size, out.md5.get());
+             return out.handed(disk.FileGetChecksum(folder, L"a.txt", size, out.md5.get()), size);
          }},
         {"FolderAdd", "{\"fo_id\":\"F\"}",
          [](CNetDisk& disk, const wchar_t*, const Rooms& out) {
@@ -248,16 +268,16 @@ const std::vector<Operation>& netDiskOperations()
         {"FolderDel4ever", "{}",
          [](CNetDisk& disk, const wchar_t*, const Rooms&) { return disk.FolderDel4ever(L"F"); }},
         {"FolderList", folderListing,
-         [](CNetDisk& disk, const wchar_t*, const Rooms&) {
+         [](CNetDisk& disk, const wchar_t*, const Rooms& out) {
              std::vector<_FileInfo> files;
              std::vector<_FolderInfo> folders;
-             return disk.FolderList(L"F", files, folders);
+             return out.handed(disk.FolderList(L"F", files, folders), files, folders);
          }},
         {"FolderListUtf8", folderListing,
-         [](CNetDisk& disk, const wchar_t*, const Rooms&) {
+         [](CNetDisk& disk, const wchar_t*, const Rooms& out) {
              std::vector<_FileInfoUTF8> files;
              std::vector<_FolderInfoUTF8> folders;
-             return disk.FolderList(L"F", files, folders);
+             return out.handed(disk.FolderList(L"F", files, folders), files, folders);
          }},
         {"PcodeCreate", "{\"pcode\":\"c\"}",
          [](CNetDisk& disk, const wchar_t*, const Rooms& out) {
@@ -270,14 +290,14 @@ const std::vector<Operation>& netDiskOperations()
              return disk.PcodeDelete(pcodes);
          }},
         {"PcodeList", "{\"pcodes\":[{\"pcode\":\"c\"},{\"pcode\":\"d\"}]}",
-         [](CNetDisk& disk, const wchar_t*, const Rooms&) {
+         [](CNetDisk& disk, const wchar_t*, const Rooms& out) {
              std::vector<_PcodeInfo> pcodes;
-             return disk.PcodeList(3, pcodes);
+             return out.handed(disk.PcodeList(3, pcodes), pcodes);
          }},
         {"PcodeInfo", "{\"files\":[{\"fid\":\"i\"},{\"fid\":\"j\"}]}",
-         [](CNetDisk& disk, const wchar_t*, const Rooms&) {
+         [](CNetDisk& disk, const wchar_t*, const Rooms& out) {
              std::vector<_FileInfo> files;
-             return disk.PcodeInfo(L"c", files);
+             return out.handed(disk.PcodeInfo(L"c", files), files);
          }},
         {"PcodeDefer", "{}", [](CNetDisk& disk, const wchar_t*, const Rooms&) { return disk.PcodeDefer(L"c", 60); }},
         {"PcodeSave", "{}", [](CNetDisk& disk, const wchar_t*, const Rooms&) { return disk.PcodeSave(L"c", L"F"); }},
@@ -288,17 +308,17 @@ const std::vector<Operation>& netDiskOperations()
         {"LargePcodeDown", "hello",
          [](CNetDisk& disk, const wchar_t*, const Rooms& out) {
              unsigned long size = 5;
-             return disk.LargePcodeDown(L"c", L"i", 0, out.block.get(), size);
+             return out.handed(disk.LargePcodeDown(L"c", L"i", 0, out.block.get(), size), size);
          }},
         {"RecyclebinList", binListing,
-         [](CNetDisk& disk, const wchar_t*, const Rooms&) {
+         [](CNetDisk& disk, const wchar_t*, const Rooms& out) {
              std::vector<_RItemInfo> items;
-             return disk.RecyclebinList(items);
+             return out.handed(disk.RecyclebinList(items), items);
          }},
         {"RecyclebinListUtf8", binListing,
-         [](CNetDisk& disk, const wchar_t*, const Rooms&) {
+         [](CNetDisk& disk, const wchar_t*, const Rooms& out) {
              std::vector<_RItemInfoUTF8> items;
-             return disk.RecyclebinList(items);
+             return out.handed(disk.RecyclebinList(items), items);
          }},
         {"RecyclebinRecover", "{}",
          [](CNetDisk& disk, const wchar_t*, const Rooms&) { return disk.RecyclebinRecover(L"r"); }},
@@ -360,14 +380,14 @@ const std::vector<Operation>& storageOperations()
         {"EmoticonRemove", storageDone,
          [](CFileStorage& storage, const wchar_t*, const Rooms&) { return storage.EmoticonRemove(L"K"); }},
         {"EmoticonGetList", emoticonList,
-         [](CFileStorage& storage, const wchar_t*, const Rooms&) {
+         [](CFileStorage& storage, const wchar_t*, const Rooms& out) {
              unsigned count = 0;
-             return storage.EmoticonGetList(nullptr, 0, count);
+             return out.handed(storage.EmoticonGetList(nullptr, 0, count), count);
          }},
         {"FileGetChecksum", "",
          [](CFileStorage& storage, const wchar_t* folder, const Rooms& out) {
              unsigned long size = 0;
-             return storage.FileGetChecksum(folder, L"a.txt", size, out.md5.get(), out.sha1.get());
+             return out.handed(storage.FileGetChecksum(folder, L"a.txt", size, out.md5.get(), out.sha1.get()), size);
          }},
         {"LargeFileCreate", storageUploaded,
          [](CFileStorage& storage, const wchar_t* folder, const Rooms& out) {
@@ -382,28 +402,30 @@ const std::vector<Operation>& storageOperations()
         {"LargeFileGetInfo", "h",
          [](CFileStorage& storage, const wchar_t*, const Rooms& out) {
              unsigned long size = 0;
-             return storage.LargeFileGetInfo(L"7", L"K", out.name.get(), 20, size, out.second.get(), out.third.get());
+             return out.handed(
+                 storage.LargeFileGetInfo(L"7", L"K", out.name.get(), 20, size, out.second.get(), out.third.get()),
+                 size);
          }},
         {"LargeFileDownload", "hello",
          [](CFileStorage& storage, const wchar_t*, const Rooms& out) {
              unsigned long size = 5;
-             return storage.LargeFileDownload(L"7", L"K", 0, out.block.get(), size);
+             return out.handed(storage.LargeFileDownload(L"7", L"K", 0, out.block.get(), size), size);
          }},
         {"LargeFileRenewTime", storageDone,
          [](CFileStorage& storage, const wchar_t*, const Rooms&) { return storage.LargeFileRenewTime(L"K"); }},
         {"LargeFileRemove", storageDone,
          [](CFileStorage& storage, const wchar_t*, const Rooms&) { return storage.LargeFileRemove(L"K"); }},
         {"LargeFileGetList", largeFileList,
-         [](CFileStorage& storage, const wchar_t*, const Rooms&) {
+         [](CFileStorage& storage, const wchar_t*, const Rooms& out) {
              std::vector<quorvex::LargeFileInfo> files;
-             return storage.LargeFileGetList(files);
+             return out.handed(storage.LargeFileGetList(files), files);
          }},
         {"LargeFileDepotInfo", depotSpace,
-         [](CFileStorage& storage, const wchar_t*, const Rooms&) {
+         [](CFileStorage& storage, const wchar_t*, const Rooms& out) {
              double total = 0;
              double used = 0;
              double left = 0;
-             return storage.LargeFileDepotInfo(total, used, left);
+             return out.handed(storage.LargeFileDepotInfo(total, used, left), total, used, left);
          }},
     };
     return all;
@@ -437,7 +459,7 @@ const std::vector<Operation>& storage2Operations()
         {"LargeFileDownload", "hello",
          [](CFileStorage2& storage, const wchar_t*, const Rooms& out) {
              unsigned long size = 5;
-             return storage.LargeFileDownload(L"7", L"K", 0, out.block.get(), size);
+             return out.handed(storage.LargeFileDownload(L"7", L"K", 0, out.block.get(), size), size);
          }},
         {"LargeFileRemove", storageDone,
          [](CFileStorage2& storage, const wchar_t*, const Rooms&) { return storage.LargeFileRemove(L"K"); }},
@@ -481,7 +503,7 @@ const std::vector<Operation>& storage3Operations()
         {"Bufferdownload", "hello",
          [](const CFileStorage3& storage, const Rooms& out) {
              unsigned long size = 5;
-             return storage.Bufferdownload(L"7", L"K", 0, out.block.get(), size);
+             return out.handed(storage.Bufferdownload(L"7", L"K", 0, out.block.get(), size), size);
          },
          200},
         {"getBuffer", "",
@@ -521,22 +543,22 @@ const std::vector<Operation>& searchOperations()
         {"QueryByCondition", searchIds,
          [](COnlineUserSearch& search, const Rooms& out) {
              unsigned count = 0;
-             return search.QueryByCondition("app=im&sex=1", out.ids.get(), 2, count);
+             return out.handed(search.QueryByCondition("app=im&sex=1", out.ids.get(), 2, count), count);
          }},
         {"QueryByAppCondition", searchIds,
          [](COnlineUserSearch& search, const Rooms& out) {
              unsigned count = 0;
-             return search.QueryByAppCondition("im", pairs, 40, out.ids.get(), 2, count);
+             return out.handed(search.QueryByAppCondition("im", pairs, 40, out.ids.get(), 2, count), count);
          }},
         {"QueryCountByConditionString", searchTotal,
-         [](COnlineUserSearch& search, const Rooms&) {
+         [](COnlineUserSearch& search, const Rooms& out) {
              int count = 0;
-             return search.QueryCountByConditionString("app=im&sex=1", count);
+             return out.handed(search.QueryCountByConditionString("app=im&sex=1", count), count);
          }},
         {"QueryCountByConditionVector", searchTotal,
-         [](COnlineUserSearch& search, const Rooms&) {
+         [](COnlineUserSearch& search, const Rooms& out) {
              int count = 0;
-             return search.QueryCountByConditionVector("im", pairs, count);
+             return out.handed(search.QueryCountByConditionVector("im", pairs, count), count);
          }},
     };
     return all;
@@ -569,13 +591,13 @@ const std::vector<Operation>& compressedOperations()
         compressed({"StorageRange", "hello",
                     [](CFileStorage& storage, const wchar_t*, const Rooms& out) {
                         unsigned long size = 5;
-                        return storage.LargeFileDownload(L"7", L"K", 0, out.block.get(), size);
+                        return out.handed(storage.LargeFileDownload(L"7", L"K", 0, out.block.get(), size), size);
                     }},
                    inflaterOfAText),
         compressed({"Search", searchIds,
                     [](COnlineUserSearch& search, const Rooms& out) {
                         unsigned count = 0;
-                        return search.QueryByCondition("app=im&sex=1", out.ids.get(), 2, count);
+                        return out.handed(search.QueryByCondition("app=im&sex=1", out.ids.get(), 2, count), count);
                     }},
                    inflaterOfAText),
     };
@@ -593,7 +615,8 @@ const std::vector<Operation>& refusedOperations()
         refused({"StorageProbe", "",
                  [](CFileStorage& storage, const wchar_t*, const Rooms& out) {
                      unsigned long size = 0;
-                     return storage.LargeFileGetInfo(L"7", L"K", out.name.get(), 20, size, nullptr, nullptr);
+                     return out.handed(storage.LargeFileGetInfo(L"7", L"K", out.name.get(), 20, size, nullptr, nullptr),
+                                       size);
                  }},
                 -112),
         refused({"NetDiskDownload", "",
@@ -645,16 +668,19 @@ const std::vector<Operation>& expiredOperations()
                 storageLogin),
         expiredStorageDownload(),
         expired({"StorageList", emoticonList,
-                 [](CFileStorage& storage, const wchar_t*, const Rooms&) {
+                 [](CFileStorage& storage, const wchar_t*, const Rooms& out) {
                      unsigned count = 0;
-                     return loggedIn(storage, [&] { return storage.EmoticonGetList(nullptr, 0, count); });
+                     return loggedIn(storage,
+                                     [&] { return out.handed(storage.EmoticonGetList(nullptr, 0, count), count); });
                  }},
                 storageLogin, goodAnswer("{\"result\":403,\"errorinfo\":\"\",\"files\":[]}")),
         expired({"Search", searchIds,
                  [](COnlineUserSearch& search, const Rooms& out) {
                      unsigned count = 0;
                      const int login = search.ClientLogin(L"S");
-                     return login != 0 ? login : search.QueryByCondition("app=im&sex=1", out.ids.get(), 2, count);
+                     return login != 0
+                                ? login
+                                : out.handed(search.QueryByCondition("app=im&sex=1", out.ids.get(), 2, count), count);
                  }},
                 searchLogin),
     };

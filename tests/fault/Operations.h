@@ -34,9 +34,34 @@ struct Rooms
     support::AtPageEnd<wchar_t> longKey{65};
     support::AtPageEnd<wchar_t> ticket{65};
     support::AtPageEnd<char> input{5};
+    mutable std::string values{}; ///< what else an operation has handed out
 
     /// Empties the rooms, and fills the input.
     void prepare() const;
+
+    /// Notes what a call has handed out beside the rooms: numbers, and vectors of records.
+    /// @return the call's result
+    template <typename... Values>
+    int handed(int result, const Values&... each) const
+    {
+        (note(each), ...);
+        return result;
+    }
+
+    /// Everything that has been handed out.
+    std::string contents() const;
+
+private:
+    template <typename Value>
+    void note(const Value& value) const
+    {
+        values.append(reinterpret_cast<const char*>(&value), sizeof value);
+    }
+    template <typename Record>
+    void note(const std::vector<Record>& records) const
+    {
+        values.append(reinterpret_cast<const char*>(records.data()), records.size() * sizeof(Record));
+    }
 };
 
 /// What an operation returned, and what it returned when the same client was asked again.

@@ -34,7 +34,13 @@ run() {
 }
 
 case $kind in
-replay) run -runs=0 "$corpus" ;;
+replay)
+    if [[ -z $(ls "$corpus") ]]; then
+        echo "$name has no corpus"
+        exit 1
+    fi
+    run -runs=0 "$corpus"
+    ;;
 # New inputs go to the first folder; the corpus stays as it is.
 fresh) run "-max_total_time=$seconds" "$work/fresh" "$corpus" ;;
 merge)

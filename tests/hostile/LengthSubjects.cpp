@@ -2,6 +2,8 @@
 
 #include "hostile/Subjects.h"
 
+#include <ferrolink/http_session.h>
+
 #include <initializer_list>
 #include <iterator>
 
@@ -211,6 +213,8 @@ std::vector<Attack> endlessBodies()
     attack("CNetDisk.CapacityInfo", "", -107, mostMemory);
     attack("CFileStorage.LargeFileDownload", "", -107, mostMemory);
     attack("COnlineUserSearch.QueryByCondition", "", -107, mostMemory);
+    attack("CFileStorage2.LargeFileDownload", "", FRL_HTTP_FAILED, MiB);
+    attack("CFileStorage3.PictureDownload", "", FRL_HTTP_FAILED, MiB);
     attack("CNetDisk.FileDownload", "", 0, MiB);
     attack("CFileStorage.PictureDownload", "", 0, MiB);
     return all;

@@ -10,3 +10,9 @@ foreach(command IN ITEMS
         "${EMULATOR};${BUILD}/consumer.exe")
     execute_process(COMMAND ${command} COMMAND_ERROR_IS_FATAL ANY)
 endforeach()
+
+# Without CMake, as its README says.
+execute_process(
+    COMMAND ${COMPILER} -Iinclude ${SOURCE}/main.cpp lib/libquorvex.dll.a lib/libferrolink.dll.a -static
+        -o ${BUILD}/plain.exe
+    WORKING_DIRECTORY ${SDK}/${name}-installed COMMAND_ERROR_IS_FATAL ANY)

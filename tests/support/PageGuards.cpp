@@ -12,6 +12,8 @@
 #include <stdexcept>
 #include <vector>
 
+#include <malloc.h>
+
 namespace support
 {
 namespace
@@ -221,6 +223,7 @@ GuardedHeap& heap()
 decltype(&std::malloc) plainMalloc;
 decltype(&std::realloc) plainRealloc;
 decltype(&std::free) plainFree;
+decltype(&_msize) plainMsize;
 
 void* __cdecl guardedMalloc(std::size_t bytes)
 {
@@ -256,6 +259,11 @@ void* __cdecl guardedRealloc(void* block, std::size_t bytes)
     return moved;
 }
 
+std::size_t __cdecl guardedMsize(void* block)
+{
+    return heap().owns(block) ? heap().size(block) : plainMsize(block);
+}
+
 /// For good.
 void redirect(HMODULE module, const char* function, void* replacement)
 {
@@ -277,6 +285,7 @@ void guardHeap()
     plainMalloc = reinterpret_cast<decltype(&std::malloc)>(*entry);
     plainRealloc = reinterpret_cast<decltype(&std::realloc)>(*ImportTable(module).entry("realloc"));
     plainFree = reinterpret_cast<decltype(&std::free)>(*ImportTable(module).entry("free"));
+    plainMsize = reinterpret_cast<decltype(&_msize)>(*ImportTable(module).entry("_msize"));
     for (const HMODULE each : {GetModuleHandleW(nullptr), module})
     {
         redirect(each, "free", reinterpret_cast<void*>(&guardedFree));
@@ -284,6 +293,7 @@ void guardHeap()
     }
     redirect(module, "malloc", reinterpret_cast<void*>(&guardedMalloc));
     redirect(module, "calloc", reinterpret_cast<void*>(&guardedCalloc));
+    redirect(module, "_msize", reinterpret_cast<void*>(&guardedMsize));
 }
 
 HeapUse heapUse()

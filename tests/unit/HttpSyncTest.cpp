@@ -527,6 +527,27 @@ TEST_F(HttpSync, HalfABodyIsNoAnswer)
     EXPECT_EQ(Lines("ERROR").size(), 1u);
 }
 
+TEST_F(HttpSync, ABodyMayHaveItsLimit)
+{
+    server.play({Answer(200, "hello")});
+    const std::wstring url = Url(L"/a");
+    EXPECT_EQ(dispatcher->Perform(session, {.method = L"GET", .url = url.c_str(), .longest = 5}, &answer), 0);
+    EXPECT_EQ(answer.result, 0);
+    EXPECT_EQ(answer.body, "hello");
+}
+
+TEST_F(HttpSync, ALongerBodyIsNoAnswer)
+{
+    server.play({Answer(200, "hello")});
+    const std::wstring url = Url(L"/a");
+    EXPECT_EQ(dispatcher->Perform(session, {.method = L"GET", .url = url.c_str(), .longest = 4}, &answer), 0);
+    EXPECT_EQ(answer.result, FRL_HTTP_FAILED);
+    EXPECT_EQ(answer.code, 200);
+    EXPECT_EQ(answer.body, "");
+    EXPECT_EQ(Lines("ERROR"),
+              (Texts{"_sync_cb gives too long a response, limit=4", "_sync_cb result=-1 code=200 body=\"\""}));
+}
+
 TEST_F(HttpSync, AHostThatNeverAnswersTimesOut)
 {
     dispatcher = std::make_unique<RequestDispatcher>(SyncTimeouts{0, 0, 0, 200});

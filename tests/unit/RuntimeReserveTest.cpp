@@ -45,7 +45,7 @@ namespace
 {
 
 constexpr std::size_t blockSize = 1024;
-constexpr std::size_t blockCount = 64;
+constexpr std::size_t blockCount = 256;
 
 /// The test library needs memory of its own: what is asked without any is asked here.
 template <typename Action>
@@ -133,12 +133,35 @@ TEST(RuntimeReserve, IsLeftByABlockThatGrows)
     EXPECT_STREQ(moved, "abc");
     EXPECT_EQ(mallocWithoutMemory(1), block);
     __wrap_free(block);
-    EXPECT_EQ(reallocWithoutMemory(moved, 4 * blockSize), nullptr);
+    EXPECT_EQ(reallocWithoutMemory(moved, 4 * blockSize), nullptr); // stays as it was
     auto* const grown = static_cast<char*>(__wrap_realloc(moved, 4 * blockSize));
     EXPECT_STREQ(grown, "abc");
     const int before = released;
     __wrap_free(grown);
     EXPECT_EQ(released, before + 1);
+}
+
+TEST(RuntimeReserve, IsEnteredByABlockThatCannotGrowElsewhere)
+{
+    auto* const block = static_cast<char*>(__wrap_malloc(4));
+    std::memcpy(block, "abc", 4);
+    const int before = released;
+    auto* const moved = static_cast<char*>(reallocWithoutMemory(block, blockSize));
+    EXPECT_STREQ(moved, "abc");
+    EXPECT_EQ(released, before + 1);
+    __wrap_free(moved);
+    EXPECT_EQ(released, before + 1);
+}
+
+TEST(RuntimeReserve, HasNoPartInReleasing)
+{
+    void* const block = __wrap_malloc(4);
+    EXPECT_EQ(__wrap_realloc(block, 0), nullptr);
+    void* const reserved = mallocWithoutMemory(1);
+    EXPECT_NE(reserved, nullptr);
+    __wrap_free(reserved);
+    EXPECT_EQ(mallocWithoutMemory(1), reserved);
+    __wrap_free(reserved);
 }
 
 TEST(RuntimeReserve, IsNotForObjects)

@@ -136,6 +136,20 @@ void PrintFaults(const Faults& faults)
     }
 }
 
+/// A run without faults would show nothing.
+bool HasMetAny(const Faults& faults)
+{
+    for (std::size_t i = 1; i < kFaultCount; ++i)
+    {
+        if (faults.Met(static_cast<Fault>(i)) != 0)
+        {
+            return true;
+        }
+    }
+    std::cout << "FAILED: no request met a fault\n";
+    return false;
+}
+
 int Run(const Options& options)
 {
     const quorvex::services::test::TemporaryFolder folder;
@@ -149,7 +163,7 @@ int Run(const Options& options)
     std::cout << options.operations << " operations in " << options.threads << " threads, seed " << options.seed
               << std::endl;
     WorkerProcess worker(WorkerCommand(options, proxy.Port(), work));
-    const bool isWell = RunWorker(options, worker, faults) && !proxy.HasFailed();
+    const bool isWell = RunWorker(options, worker, faults) && !proxy.HasFailed() && HasMetAny(faults);
     PrintFaults(faults);
     std::cout << '\n' << (isWell ? "all held" : "FAILED") << ", seed " << options.seed << std::endl;
     return isWell ? 0 : 1;

@@ -136,6 +136,10 @@ void CheckResources(const Resources& first, const Resources& last, int threads, 
     const auto grown = [](std::uint64_t before, std::uint64_t after) {
         return static_cast<std::int64_t>(after) - static_cast<std::int64_t>(before);
     };
+    if (first.handles == 0 || first.committed == 0)
+    {
+        tally.Fail("the system tells no figures");
+    }
     if (first.handles != last.handles)
     {
         tally.Fail("the number of handles changed");
@@ -193,6 +197,10 @@ void Run(const Plan& plan)
     PrintVerdict(verdict);
     Say(TableOf(first, last, "after " + std::to_string(plan.checkpoint)));
     CheckResources(first, last, plan.threads, tally);
+    if (verdict.filesVerified == 0 || verdict.deletionsVerified == 0 || verdict.othersVerified == 0)
+    {
+        tally.Fail("nothing was there to be looked for");
+    }
     if (tally.HasFailed())
     {
         throw std::runtime_error("not all held");
