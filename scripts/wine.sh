@@ -4,6 +4,8 @@
 set -euo pipefail
 
 build=$(cd "$(dirname "${BASH_SOURCE[0]}")/.." && pwd)/build
+# The lock of the command that runs this would be kept by Wine's background processes.
+exec 8>&-
 # No dialogs that offer to download things, and no menu entries in the user's home folder.
 export WINEDEBUG=-all WINEDLLOVERRIDES="mscoree,mshtml,winemenubuilder.exe="
 # Arguments and file names in any script.
