@@ -10,12 +10,33 @@ namespace quorvex::services
 namespace
 {
 
+constexpr const char* LockName = "lock";
+constexpr const char* DatabaseName = "services.db";
+
+// The services remove what they do not know from their folder, so nobody else's must be taken for it.
+void RequireOwnFolder(const std::filesystem::path& folder)
+{
+    if (std::filesystem::exists(folder / DatabaseName))
+    {
+        return;
+    }
+    for (const auto& entry : std::filesystem::directory_iterator(folder))
+    {
+        // A first start that was cut off leaves the lock alone behind.
+        if (entry.path().filename() != LockName)
+        {
+            throw std::runtime_error("the data folder " + folder.string() + " holds something else");
+        }
+    }
+}
+
 // What is stored belongs to the people who stored it, not to everybody on the machine.
 FileHandle LockFolder(const std::filesystem::path& folder)
 {
     std::filesystem::create_directories(folder);
+    RequireOwnFolder(folder);
     std::filesystem::permissions(folder, std::filesystem::perms::owner_all);
-    FileHandle lock(folder / "lock", FileHandle::Mode::OpenOrCreate);
+    FileHandle lock(folder / LockName, FileHandle::Mode::OpenOrCreate);
     if (!lock.TryLock())
     {
         throw std::runtime_error("another process uses the data folder " + folder.string());
@@ -28,7 +49,7 @@ FileHandle LockFolder(const std::filesystem::path& folder)
 Application::Application(Options options)
     : options_(std::move(options)),
       lock_(LockFolder(options_.dataFolder)),
-      database_(options_.dataFolder / "services.db"),
+      database_(options_.dataFolder / DatabaseName),
       accounts_(database_, options_.hashIterations),
       sessions_(database_, options_.clock, options_.lifetimes),
       passwords_(accounts_, options_.clock),

@@ -49,7 +49,8 @@ void Define(CLI::App& app, CommandLine& line)
 {
     Application::Options& options = line.options;
     app.footer(Examples);
-    app.add_option("--data", options.dataFolder, "Folder that holds the state; created if absent")->required();
+    app.add_option("--data", options.dataFolder, "Folder that holds the state and nothing else; created if absent")
+        ->required();
     app.add_option("--port", options.http.port, "Port to listen on; 0 lets the system pick one")
         ->check(CLI::Range(0, 65535))
         ->capture_default_str();

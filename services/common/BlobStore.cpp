@@ -167,9 +167,11 @@ std::filesystem::path BlobStore::PathOf(const std::string& name) const
     return root_ / name.substr(0, 2) / name;
 }
 
-std::filesystem::path BlobStore::NewPath() const
+std::filesystem::path BlobStore::NewPath()
 {
     std::filesystem::path path = PathOf(RandomKey());
+    // A folder that another thread has just made may not be on the disk yet.
+    const std::lock_guard lock(newFolder_);
     if (std::filesystem::create_directory(path.parent_path()))
     {
         SyncFolder(root_);

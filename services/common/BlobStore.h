@@ -7,6 +7,7 @@
 
 #include <cstdint>
 #include <filesystem>
+#include <mutex>
 #include <optional>
 #include <string>
 #include <string_view>
@@ -95,11 +96,12 @@ public:
 
 private:
     std::filesystem::path PathOf(const std::string& name) const;
-    std::filesystem::path NewPath() const;
+    std::filesystem::path NewPath();
 
     Database& database_;
     std::filesystem::path root_;
     std::filesystem::path temporary_;
+    std::mutex newFolder_;
 };
 
 } // namespace quorvex::services

@@ -15,6 +15,8 @@
 #include <system_error>
 #include <utility>
 
+#include <SQLiteCpp/Exception.h>
+#include <sqlite3.h>
 #include <sys/socket.h>
 
 namespace quorvex::services
@@ -71,6 +73,14 @@ void TakeOver(httplib::Request& request)
     }
 }
 
+void AnswerFailure(const httplib::Request& request, httplib::Response& response, const std::exception& failure,
+                   bool isDiskFull)
+{
+    LogLine(PathOf(request) + ": " + failure.what());
+    AnswerError(request, response, isDiskFull ? Status::InsufficientStorage : Status::InternalError,
+                isDiskFull ? "the service's disk is full" : "internal error");
+}
+
 void AnswerException(const httplib::Request& request, httplib::Response& response, const std::exception_ptr& exception)
 {
     try
@@ -83,15 +93,15 @@ void AnswerException(const httplib::Request& request, httplib::Response& respons
     }
     catch (const std::system_error& error)
     {
-        LogLine(PathOf(request) + ": " + error.what());
-        const bool isFull = error.code() == std::errc::no_space_on_device;
-        AnswerError(request, response, isFull ? Status::InsufficientStorage : Status::InternalError,
-                    isFull ? "the service's disk is full" : "internal error");
+        AnswerFailure(request, response, error, error.code() == std::errc::no_space_on_device);
+    }
+    catch (const SQLite::Exception& error)
+    {
+        AnswerFailure(request, response, error, error.getErrorCode() == SQLITE_FULL);
     }
     catch (const std::exception& error)
     {
-        LogLine(PathOf(request) + ": " + error.what());
-        AnswerError(request, response, Status::InternalError, "internal error");
+        AnswerFailure(request, response, error, false);
     }
 }
 

@@ -77,10 +77,9 @@ void PartialFiles::Create(Transaction& transaction, const std::string& key)
 
 FileHandle PartialFiles::Open(const std::string& key) const
 {
-    const std::filesystem::path path = PathOf(key);
-    const bool isNew = !std::filesystem::exists(path);
-    FileHandle file(path, FileHandle::Mode::OpenOrCreate);
-    if (isNew)
+    FileHandle file(PathOf(key), FileHandle::Mode::OpenOrCreate);
+    // Whoever has written to it has come by here before.
+    if (file.Size() == 0)
     {
         SyncFolder(folder_);
     }

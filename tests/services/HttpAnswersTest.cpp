@@ -2,7 +2,11 @@
 #include "support/ServiceFixture.h"
 
 #include <array>
+#include <cerrno>
+#include <system_error>
 
+#include <SQLiteCpp/Exception.h>
+#include <sqlite3.h>
 #include <zlib.h>
 
 namespace quorvex::services::test
@@ -117,9 +121,24 @@ TEST_F(HttpAnswersTest, AStopCutsConnectionsThatSayNothing)
     EXPECT_EQ(silent.ReceiveAll(), "");
 }
 
-TEST_F(HttpAnswersTest, TheFolderIsUsedByOneProcessOnly)
+TEST_F(HttpAnswersTest, AFullDiskIsToldApartFromOtherFailures)
 {
-    EXPECT_THROW(Application{options_}, std::runtime_error);
+    HttpServer server({.isQuiet = true});
+    server.Get("/full-file", [](auto&, auto&) { throw std::system_error(ENOSPC, std::generic_category()); });
+    server.Get("/full-database", [](auto&, auto&) { throw SQLite::Exception("full", SQLITE_FULL); });
+    server.Get("/broken-database", [](auto&, auto&) { throw SQLite::Exception("broken", SQLITE_CORRUPT); });
+    server.Start();
+
+    ServiceClient client(server.Port());
+    for (const char* path : {"/full-file", "/full-database"})
+    {
+        const Reply reply = client.Get(path);
+        EXPECT_EQ(reply.status, 507) << path;
+        EXPECT_EQ(reply.Text("msg"), "the service's disk is full") << path;
+    }
+    const Reply reply = client.Get("/broken-database");
+    EXPECT_EQ(reply.status, 500);
+    EXPECT_EQ(reply.Text("msg"), "internal error");
 }
 
 TEST_F(HttpAnswersTest, ATakenPortIsReported)
