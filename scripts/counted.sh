@@ -4,7 +4,7 @@
 # each takes a set that no other uses.
 set -euo pipefail
 
-root=$(cd "$(dirname "${BASH_SOURCE[0]}")/.." && pwd)
+root=$(cd "$(dirname "${BASH_SOURCE[0]}")/.." && pwd -P)
 counts=$root/build/coverage/counts
 mkdir -p "$counts"
 slot=1

@@ -3,7 +3,7 @@
 set -euo pipefail
 
 arch=${1:-x86_64}
-root=$(cd "$(dirname "${BASH_SOURCE[0]}")/.." && pwd)
+root=$(cd "$(dirname "${BASH_SOURCE[0]}")/.." && pwd -P)
 work=$root/build/jsoncpp
 prefix=$root/build/deps/$arch
 apt=$work/apt

@@ -226,7 +226,7 @@ tour() {
     mkdir "$folder/fetched" "$folder/guest" "$folder/depot" "$folder/generations"
 
     say "starting the services with an empty network disk"
-    start_services "$folder/services" "$folder/data" --user guest:guest --user visitor:visitor
+    start_services "$folder/services" --user guest:guest --user visitor:visitor
     url=$(services_url "$folder/services" object)
     echo "They answer at $url; each command is given --server $url --user demo --password demo"
 

@@ -3,7 +3,7 @@
 # A 32-bit program needs 32-bit Wine, the machine's own or the one in build/i386, and has a prefix for itself.
 set -euo pipefail
 
-build=$(cd "$(dirname "${BASH_SOURCE[0]}")/.." && pwd)/build
+build=$(cd "$(dirname "${BASH_SOURCE[0]}")/.." && pwd -P)/build
 # The lock of the command that runs this would be kept by Wine's background processes.
 exec 8>&-
 # No dialogs that offer to download things, and no menu entries in the user's home folder.
@@ -11,6 +11,8 @@ export WINEDEBUG=-all WINEDLLOVERRIDES="mscoree,mshtml,winemenubuilder.exe="
 # Arguments and file names in any script.
 export LC_ALL=C.UTF-8
 unset DISPLAY WAYLAND_DISPLAY WINEARCH WINESERVER WINELOADER
+# The way to the package archives; Wine would send what is meant for this machine that way, too.
+unset http_proxy HTTP_PROXY
 
 # Whether a program's header says so; what is no file is a program of Wine's own.
 is_32_bit() {

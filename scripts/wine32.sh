@@ -3,7 +3,7 @@
 # stays without that architecture, and nothing here takes root. The C library comes from the machine's own libc6-i386.
 set -euo pipefail
 
-root=$(cd "$(dirname "${BASH_SOURCE[0]}")/.." && pwd)
+root=$(cd "$(dirname "${BASH_SOURCE[0]}")/.." && pwd -P)
 work=$root/build/i386.new
 apt=$work/apt
 source "$root/scripts/own-apt.sh"
