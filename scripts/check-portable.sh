@@ -43,7 +43,7 @@ cross="clang++ --target=$triplet -nostdinc++ $libraries"
 # "SOURCE OPTIONS" for each file that the build compiles: warnings and what only GCC knows left out.
 sources() {
     sed -nE "s|^ *\"command\": \".*-g\+\+-posix (.*) -o [^ ]+ -c $PWD/((src\|host)/[^\"]+\.cpp)\",?\$|\2 \1|p" "$commands" |
-        sed -E 's/\\(.)/\1/g; s/ (-W|-fno-keep-inline-dllexport|-g\b)[^ ]*//g' | sort -u -k 1,1
+        sed -E 's/\\(.)/\1/g; s/ (-W|-fno-keep-inline-dllexport|-fno-schedule-insns2|-g\b)[^ ]*//g' | sort -u -k 1,1
 }
 
 headers() {

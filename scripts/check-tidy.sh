@@ -36,7 +36,7 @@ sources_of() {
 # clang does not know each of GCC's options.
 write_commands() {
     mkdir -p "$passed/$1"
-    sed 's/ -fno-keep-inline-dllexport\b//' "build/$1/compile_commands.json" >"$passed/$1/compile_commands.json"
+    sed -E 's/ -fno-(keep-inline-dllexport|schedule-insns2)\b//' "build/$1/compile_commands.json" >"$passed/$1/compile_commands.json"
 }
 
 # check PRESET SOURCE HASH

@@ -14,6 +14,7 @@
 #include <algorithm>
 #include <array>
 #include <charconv>
+#include <cmath>
 #include <cstddef>
 #include <cstdint>
 #include <cstdio>
@@ -153,6 +154,7 @@ struct Comparison
 {
     const char* name;
     const char* reference;
+    double target; ///< the least ratio of speeds
     MakeDigester ours;
     MakeDigester theirs;
 };
@@ -221,8 +223,12 @@ void Measure(const Comparison& comparison, const std::vector<unsigned char>& byt
     }
     const double gibibytes = static_cast<double>(bytes.size()) / (1024.0 * static_cast<double>(kMebibyte));
     const auto [slowest, fastest] = std::ranges::minmax(ratios);
-    std::printf("| %s | %.3f | %s | %.3f | %.3f | %.3f to %.3f |\n", comparison.name, gibibytes / Median(ours),
-                comparison.reference, gibibytes / Median(theirs), Median(ratios), slowest, fastest);
+    const double ratio = Median(ratios);
+    // Where both sides are as fast as the processor's instructions, the third place is chance.
+    const bool isMet = std::round(ratio * 100) >= std::round(comparison.target * 100);
+    std::printf("| %s | %.3f | %s | %.3f | **%.3f** | %.3f to %.3f | at least %.2f | %s |\n", comparison.name,
+                gibibytes / Median(ours), comparison.reference, gibibytes / Median(theirs), ratio, slowest, fastest,
+                comparison.target, isMet ? "yes" : "no");
     std::fflush(stdout);
 }
 
@@ -256,15 +262,16 @@ void Run(int argc, char** argv)
     const std::vector<unsigned char> bytes = RandomBytes(static_cast<std::size_t>(mebibytes) * kMebibyte);
 
     const Comparison comparisons[] = {
-        {"MD5", "OpenSSL MD5", Make<Ours<quorvex::Md5>>(), MakeOpenSsl(EVP_md5())},
-        {"SHA-1", "OpenSSL SHA-1", Make<Ours<quorvex::Sha1>>(), MakeOpenSsl(EVP_sha1())},
-        {"MD5 and SHA-1 in one pass", "OpenSSL, one after the other", Make<OurPair>(), Make<OpenSslPair>()},
-        {"MD5 and SHA-1 in one pass", "our MD5 alone", Make<OurPair>(), Make<Ours<quorvex::Md5>>()},
+        {"MD5", "OpenSSL MD5", 1.0, Make<Ours<quorvex::Md5>>(), MakeOpenSsl(EVP_md5())},
+        {"SHA-1", "OpenSSL SHA-1", 1.0, Make<Ours<quorvex::Sha1>>(), MakeOpenSsl(EVP_sha1())},
+        {"MD5 and SHA-1 in one pass", "OpenSSL, one after the other", 1.0, Make<OurPair>(), Make<OpenSslPair>()},
+        {"MD5 and SHA-1 in one pass", "our MD5 alone", 1 / 1.05, Make<OurPair>(), Make<Ours<quorvex::Md5>>()},
     };
-    std::printf("%d MiB in memory, %d rounds, sides taking turns every %zu MiB, processor time\n\n", mebibytes, rounds,
-                kTurn / kMebibyte);
-    std::printf("| Digest | GiB/s | against | GiB/s | ratio of speeds, median | range |\n");
-    std::printf("|---|---:|---|---:|---:|---:|\n");
+    std::printf(
+        "%d MiB in memory, %d rounds, sides taking turns every %zu MiB, processor time; targets to two places\n\n",
+        mebibytes, rounds, kTurn / kMebibyte);
+    std::printf("| Digest | GiB/s | against | GiB/s | ratio of speeds, median | range | target | met |\n");
+    std::printf("|---|---:|---|---:|---:|---:|---|---|\n");
     for (const Comparison& comparison : comparisons)
     {
         Measure(comparison, bytes, rounds);

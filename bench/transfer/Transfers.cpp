@@ -24,15 +24,18 @@ constexpr std::uint32_t kBlockSize = 1U << 20;
 constexpr std::uint32_t kBlockPosition = 100 * kBlockSize;
 
 template <class Client>
-Pair Uploads(const char* name, const Client& module, const BareClient& bare, const fs::path& source)
+Pair Uploads(const char* name, LoopbackServer& server, const Client& module, const BareClient& bare,
+             const fs::path& source)
 {
     return {.name = name,
             .first = [&module, source] { module.Upload(source); },
-            .second = [&bare, source] { bare.Upload(source); }};
+            .second = [&bare, source] { bare.Upload(source); },
+            .prepare = [&server] { server.SetFileSize(kFileSize); }};
 }
 
 template <class Client>
-Pair Downloads(const char* name, const Client& module, const BareClient& bare, const fs::path& target)
+Pair Downloads(const char* name, LoopbackServer& server, const Client& module, const BareClient& bare,
+               const fs::path& target)
 {
     return {.name = name,
             .first = [&module, target] { module.Download(target); },
@@ -45,7 +48,8 @@ Pair Downloads(const char* name, const Client& module, const BareClient& bare, c
                         throw std::runtime_error("a download is not whole");
                     }
                     fs::remove(target);
-                }};
+                },
+            .prepare = [&server] { server.SetFileSize(kFileSize); }};
 }
 
 template <class Client>
@@ -106,17 +110,16 @@ void BenchTransfers(const fs::path& folder, int runs, const std::string& rows)
     const fs::path target = folder / "received.bin";
     MakeSparseFile(source, kFileSize);
     std::vector<char> block(kBlockSize, 'x');
-    server.SetFileSize(kFileSize);
 
     std::vector<Pair> pairs{
-        Uploads("FileUpload, 256 MiB", disk, bareDisk, source),
-        Downloads("FileDownload, 256 MiB", disk, bareDisk, target),
+        Uploads("FileUpload, 256 MiB", server, disk, bareDisk, source),
+        Downloads("FileDownload, 256 MiB", server, disk, bareDisk, target),
         SmallGets(disk, bareDisk),
         SmallPosts(disk, bareDisk),
         BlockDownloads("LargeFileDownload, 64 blocks of 1 MiB", 64, server, disk, bareDisk, block),
         BlockUploads("LargeFileUpload, 64 blocks of 1 MiB", 64, server, disk, bareDisk, block),
-        Uploads("storage:FileUpload, 256 MiB", storage, bareStorage, source),
-        Downloads("storage:FileDownload, 256 MiB", storage, bareStorage, target),
+        Uploads("storage:FileUpload, 256 MiB", server, storage, bareStorage, source),
+        Downloads("storage:FileDownload, 256 MiB", server, storage, bareStorage, target),
         BlockDownloads("depot:LargeFileDownload, 256 blocks of 1 MiB", 256, server, storage, bareStorage, block),
         BlockUploads("depot:LargeFileUpload, 256 blocks of 1 MiB", 256, server, storage, bareStorage, block),
     };
