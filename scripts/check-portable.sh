@@ -6,7 +6,7 @@ set -euo pipefail
 
 cd "$(dirname "${BASH_SOURCE[0]}")/.."
 preset=$1
-passed=$PWD/build/portable/$preset
+passed=build/portable/$preset
 strict=(-fsyntax-only -pedantic-errors -Werror=gnu -Werror=microsoft -Werror=language-extension-token
     -Werror=nonportable-include-path -Wno-tautological-constant-out-of-range-compare)
 status=0
@@ -40,9 +40,13 @@ libraries=$("$triplet-g++-posix" -E -x c++ -v /dev/null 2>&1 >/dev/null |
     sed -nE 's|^ (/.*/c\+\+.*)$|-isystem \1|p' | paste -sd ' ')
 cross="clang++ --target=$triplet -nostdinc++ $libraries"
 
-# "SOURCE OPTIONS" for each file that the build compiles: warnings and what only GCC knows left out.
+# "SOURCE OPTIONS" for each file that the build compiles: paths as seen from here, which may be anywhere; warnings and
+# what only GCC knows left out.
 sources() {
-    sed -nE "s|^ *\"command\": \".*-g\+\+-posix (.*) -o [^ ]+ -c $PWD/((src\|host)/[^\"]+\.cpp)\",?\$|\2 \1|p" "$commands" |
+    local text
+    text=$(<"$commands")
+    text=${text//"$PWD/"/}
+    sed -nE 's|^ *"command": ".*-g\+\+-posix (.*) -o [^ ]+ -c (\\")?((src\|host)/[^"\\]+\.cpp)(\\")?",?$|\3 \1|p' <<<"$text" |
         sed -E 's/\\(.)/\1/g; s/ (-W|-fno-keep-inline-dllexport|-fno-schedule-insns2|-g\b)[^ ]*//g' | sort -u -k 1,1
 }
 
@@ -62,15 +66,16 @@ pass() {
 
 write_build_file() {
     local source options file
-    printf 'rule pass\n  command = cd %s && $strict $in -MMD -MT $out -MF $out.d && touch $out\n  depfile = $out.d\n' "$PWD"
+    printf 'builddir = %s\n' "$passed"
+    printf 'rule pass\n  command = $strict $in -MMD -MT $out -MF $out.d && touch $out\n  depfile = $out.d\n'
     while read -r source options; do
-        pass "$source" "$cross $options ${strict[*]}" "$PWD/$source"
+        pass "$source" "$cross $options ${strict[*]}" "$source"
     done < <(sources)
     for file in $(headers); do
-        pass "$file" "$cross -std=c++11 -Iinclude -Ihost/ferrolink/include ${strict[*]} -x c++" "$PWD/$file"
+        pass "$file" "$cross -std=c++11 -Iinclude -Ihost/ferrolink/include ${strict[*]} -x c++" "$file"
     done
     for file in $(c_headers); do
-        pass "$file.c" "clang --target=${triplet%%-*}-pc-windows-msvc -nostdlibinc -std=c99 ${strict[*]} -x c" "$PWD/$file"
+        pass "$file.c" "clang --target=${triplet%%-*}-pc-windows-msvc -nostdlibinc -std=c99 ${strict[*]} -x c" "$file"
     done
 }
 
@@ -80,5 +85,5 @@ if [[ -z $(sources) ]]; then
 fi
 mkdir -p "$passed"
 write_build_file >"$passed/build.ninja"
-ninja -C "$passed" -k 0 --quiet || status=1
+ninja -f "$passed/build.ninja" -k 0 --quiet || status=1
 exit $status

@@ -9,7 +9,8 @@ rooms=$1
 shift
 export passed=build/tidy
 # The public headers are for C++11 readers and have a check of their own.
-export our_headers="^$PWD/(src|host/console|host/ferrolink/src|services)/"
+here=$(sed 's/[][\.*^$+?(){}|]/\\&/g' <<<"$PWD")
+export our_headers="^$here/(src|host/console|host/ferrolink/src|services)/"
 rules=$(cat .clang-tidy scripts/check-tidy.sh <(clang-tidy --version) | sha256sum)
 
 # A cross compiler's target and C++ library, with clang's own intrinsics; one option a line.

@@ -80,11 +80,11 @@ install_packages() {
     quietly apt apt_install "${missing[@]}"
 }
 
-# Libraries for 64-bit Windows that are already there, in the folder QUORVEX_PREFIX or CMAKE_PREFIX_PATH names; those
-# for 32-bit Windows, in QUORVEX_PREFIX_I686: windows_prefix ARCH
+# Libraries for 64-bit Windows that are already there, in the folder that QUORVEX_PREFIX names; those for 32-bit
+# Windows, in that of QUORVEX_PREFIX_I686: windows_prefix ARCH
 windows_prefix() {
     if [[ $1 == x86_64 ]]; then
-        printf '%s' "${QUORVEX_PREFIX:-${CMAKE_PREFIX_PATH:-}}"
+        printf '%s' "${QUORVEX_PREFIX:-}"
     else
         printf '%s' "${QUORVEX_PREFIX_I686:-}"
     fi

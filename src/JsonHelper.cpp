@@ -4,15 +4,36 @@
 
 #include <json/reader.h>
 
+#include <algorithm>
 #include <cmath>
+#include <cstddef>
 #include <limits>
 #include <memory>
 
 namespace quorvex
 {
 
+namespace
+{
+
+/// A value takes some fifty times the room of the two bytes that it may be in the text.
+constexpr std::ptrdiff_t kMostValues = 2 * 1024 * 1024;
+
+/// Counts what stands before each value; in texts, too, which does no harm.
+bool HasTooManyValues(const std::string& body)
+{
+    const auto isBeforeValue = [](char character) { return character == ',' || character == '[' || character == '{'; };
+    return std::ranges::count_if(body, isBeforeValue) > kMostValues;
+}
+
+} // namespace
+
 bool ParseJson(const std::string& body, Json::Value& root)
 {
+    if (HasTooManyValues(body))
+    {
+        return false;
+    }
     Json::CharReaderBuilder builder;
     builder["collectComments"] = false;
     const std::unique_ptr<Json::CharReader> reader(builder.newCharReader());
@@ -25,7 +46,7 @@ const Json::Value& Require(const Json::Value& root, const char* key, const wchar
     if (value.isNull())
     {
         LOG_ERROR(message);
-        throw MissingKey();
+        throw UnusableReply();
     }
     return value;
 }

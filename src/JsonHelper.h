@@ -18,11 +18,11 @@
 namespace quorvex
 {
 
-/// @return whether the body is JSON
+/// @return whether the body is JSON, and of a size that the host's memory is safe with
 bool ParseJson(const std::string& body, Json::Value& root);
 
-/// What Require throws; its line is in the log already.
-struct MissingKey
+/// What ends the parse of a reply; its line is in the log already.
+struct UnusableReply
 {
 };
 

@@ -73,17 +73,41 @@ _RItemInfo ReadRecyclebinItem(const Json::Value& element)
     return item;
 }
 
-/// A listing without the array is an empty one.
-template <class Record>
-void AppendRecords(const Json::Value& listing, Record (*read)(const Json::Value&), std::vector<Record>& records)
+bool IsRecord(const Json::Value&)
 {
+    return true;
+}
+
+bool IsRecyclebinItem(const Json::Value& element)
+{
+    return element.isObject() && !element["rs_id"].isNull();
+}
+
+/// A listing without the array is an empty one.
+/// @param isRecord which elements to read; the others are left out
+template <class Record>
+void AppendRecords(const Json::Value& listing, Record (*read)(const Json::Value&), std::vector<Record>& records,
+                   bool (*isRecord)(const Json::Value&) = IsRecord)
+{
+    // An item of a few bytes becomes a record of 8 KiB.
+    static constexpr std::size_t kMostRecords = (std::size_t{1} << 30U) / sizeof(Record);
+
     if (!listing.isArray())
     {
         return;
     }
+    if (listing.size() > kMostRecords)
+    {
+        LOG_ERROR(L"too long a listing, size=" << listing.size() << L", limit=" << kMostRecords);
+        throw UnusableReply();
+    }
+    records.reserve(records.size() + listing.size());
     for (const Json::Value& element : listing)
     {
-        records.push_back(read(element));
+        if (isRecord(element))
+        {
+            records.push_back(read(element));
+        }
     }
 }
 
@@ -100,7 +124,7 @@ int CNetDiskJsonHelper::ReadReply(const std::string& body, Read read)
             return Result::Ok;
         }
     }
-    catch (const MissingKey&)
+    catch (const UnusableReply&)
     {
         return Result::BadAnswer;
     }
@@ -249,17 +273,7 @@ int CNetDiskJsonHelper::Capacity(const std::string& body, std::int64_t& totalSpa
 int CNetDiskJsonHelper::RecyclebinListing(const std::string& body, std::vector<_RItemInfo>& items)
 {
     return ReadReply(body, [&](const Json::Value& root) {
-        const Json::Value& data = root["data"];
-        if (data.isArray())
-        {
-            for (const Json::Value& element : data)
-            {
-                if (element.isObject() && !element["rs_id"].isNull())
-                {
-                    items.push_back(ReadRecyclebinItem(element));
-                }
-            }
-        }
+        AppendRecords(root["data"], ReadRecyclebinItem, items, IsRecyclebinItem);
         LOG_DEBUG(L"json result: data=" << items.size());
     });
 }

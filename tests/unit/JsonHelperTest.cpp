@@ -26,6 +26,28 @@ TEST(JsonHelper, DeepNestingIsRefusedByTheReader)
     EXPECT_ANY_THROW(ParseJson(std::string(100000, '['), root));
 }
 
+TEST(JsonHelper, MoreValuesThanTheMemoryIsSafeWithAreRefused)
+{
+    static constexpr std::size_t kMost = 2 * 1024 * 1024;
+
+    Json::Value root;
+    std::string body = "[0";
+    while (body.size() < 2 * kMost)
+    {
+        body += ",0";
+    }
+    EXPECT_TRUE(ParseJson(body + "]", root));
+    EXPECT_EQ(root.size(), kMost);
+
+    root = Json::Value();
+    EXPECT_FALSE(ParseJson(body + ",0]", root));
+    body[body.size() - 1] = '[';
+    EXPECT_FALSE(ParseJson(body + "]]", root));
+    body[body.size() - 1] = '{';
+    EXPECT_FALSE(ParseJson(body + "}]", root));
+    EXPECT_TRUE(root.isNull());
+}
+
 TEST(JsonHelper, LargeNumbersAreTruncatedTowardZero)
 {
     EXPECT_EQ(ReadInt64(Json::Value(1.9)), 1);

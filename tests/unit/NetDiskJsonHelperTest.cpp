@@ -358,6 +358,20 @@ TEST_F(NetDiskJsonHelper, RecyclebinListingSkipsWhatIsNoItem)
     EXPECT_STREQ(items[1].rs_id, L"r2");
 }
 
+TEST_F(NetDiskJsonHelper, AListingOfMoreThanAGibibyteIsRefused)
+{
+    const std::size_t limit = (std::size_t{1} << 30U) / sizeof(_RItemInfo);
+    const auto bodyOf = [](std::size_t count) {
+        return R"({"data":[0)" + Repeated(",0", static_cast<int>(count) - 1) + "]}";
+    };
+    std::vector<_RItemInfo> items(1);
+
+    EXPECT_EQ(helper.RecyclebinListing(bodyOf(limit + 1), items), 1);
+    EXPECT_EQ(Errors(),
+              Messages{"too long a listing, size=" + std::to_string(limit + 1) + ", limit=" + std::to_string(limit)});
+    EXPECT_EQ(items.size(), 1U);
+}
+
 TEST_F(NetDiskJsonHelper, RecyclebinFolderMayBeLongAndEndsWithTheRecord)
 {
     std::vector<_RItemInfo> items;
