@@ -54,7 +54,7 @@ bool FeedFile(const File& file, std::uint64_t length, Read extent, Digest& diges
 }
 
 /// What the two routines for a file of a folder have in common.
-/// @param openFailure what a file that cannot be opened gives
+/// @param openFailure what a file that cannot be opened gives, and a path of more than 259 characters
 template <class Digest>
 int DigestFile(const wchar_t* folder, const wchar_t* fileName, int openFailure, std::uint32_t& fileSize, Digest& digest)
 {
@@ -62,7 +62,12 @@ int DigestFile(const wchar_t* folder, const wchar_t* fileName, int openFailure, 
     path << folder << L"\\" << fileName;
 
     File file;
-    if (!file.OpenToRead(path.c_str(), File::Share::ReadAndWrite, File::Access::Random))
+    if (path.IsCut())
+    {
+        Platform::SetLastError(Platform::kInvalidName);
+    }
+    // A path that was cut would lead to another file than the one that was asked for.
+    if (path.IsCut() || !file.OpenToRead(path.c_str(), File::Share::ReadAndWrite, File::Access::Random))
     {
         LOG_LAST_ERROR();
         return openFailure;

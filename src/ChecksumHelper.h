@@ -7,7 +7,8 @@
 /// Digests of whole files and of texts, as lowercase hexadecimal text.
 ///
 /// A file is digested over the low 32 bits of its size, and that is the size reported. An empty file has no digest.
-/// What a file routine could not find out is left unwritten; the size is known before the content is read.
+/// What a file routine could not find out is left unwritten; the size is known before the content is read. A folder and
+/// a name of more than 259 characters together count as a file that cannot be opened.
 namespace quorvex
 {
 

@@ -89,8 +89,8 @@ public:
     /// Uploads a whole file of less than 2 GiB into the user's disk. Of a file of 4 GiB and more only as much as the
     /// low 32 bits of its size say would be sent.
     /// @param localFolder    folder of the file, without a trailing backslash
-    /// @param fileName       the file's name there, which is also its name on the disk (at most 255 bytes of UTF-8)
-    /// @param fileKeyOut     receives the file key; room for twice fileKeyOutSize characters
+    /// @param fileName       the file's name there, which is also its name on the disk, cut there at 255 bytes of UTF-8
+    /// @param fileKeyOut     receives the file key; room for twice fileKeyOutSize characters; may be null
     /// @param fileKeyOutSize size to be doubled: 17 is enough for a key of 32 characters and its zero
     /// @return 0, also when the server calls the file incomplete (an ERROR line tells); -108 not connected, -100 when
     ///         the object was made without a server; -120 the file cannot be opened or read; 1 the answer lacks a key
@@ -144,15 +144,16 @@ public:
     /// block less than 2 GiB.
     /// @{
 
-    /// Announces a local file to the server.
+    /// Announces a local file to the server. The file may have 2 GiB and more; the size that the server confirms, which
+    /// is not compared with it, must stay below that: a larger number is no answer that could be understood.
     /// @param localFolder    folder of the file, without a trailing backslash
-    /// @param fileName       the file's name there, which is also its name on the disk (at most 64 bytes of UTF-8)
-    /// @param fileKeyOut     receives the file key; room for twice fileKeyOutSize characters
+    /// @param fileName       the file's name there, which is also its name on the disk, cut there at 64 bytes of UTF-8
+    /// @param fileKeyOut     receives the file key; room for twice fileKeyOutSize characters; may be null
     /// @param fileKeyOutSize size to be doubled: 17 is enough for a key of 32 characters and its zero
     /// @param complete       receives a value other than 0 when the server holds the whole content already: then no
     ///                       block has to be sent
-    /// @return 0; -100 not connected; 1 the file cannot be digested, or is empty, or the answer lacks a key or is no
-    ///         JSON; an HTTP status, a @ref form_code, or the result of a failed relogin
+    /// @return 0; -100 not connected; 1 the file cannot be digested, or is empty, or the answer lacks a key, confirms
+    ///         2 GiB or more, or is no JSON; an HTTP status, a @ref form_code, or the result of a failed relogin
     int LargeFileCreate(const wchar_t* localFolder, const wchar_t* fileName, wchar_t* fileKeyOut,
                         unsigned long fileKeyOutSize, int& complete) const;
 
@@ -165,9 +166,11 @@ public:
     ///         its answer lacks a key or is no JSON; an HTTP status or a @ref form_code
     int LargeFileUpload(const wchar_t* fileKey, void* data, unsigned long size, unsigned long pos) const;
 
-    /// Tells the server that all blocks have been sent.
+    /// Tells the server that all blocks have been sent. As in LargeFileCreate, the size that the server confirms must
+    /// stay below 2 GiB, whatever the file's is.
     /// @param fileKey key from LargeFileCreate
-    /// @return 0; -100 not connected; 1 the answer lacks a key or is no JSON; an HTTP status or a @ref post_code
+    /// @return 0; -100 not connected; 1 the answer lacks a key, confirms 2 GiB or more, or is no JSON; an HTTP status
+    ///         or a @ref post_code
     int LargeFileFinish(const wchar_t* fileKey) const;
 
     /// Asks for a stored file's name and size.
@@ -177,8 +180,8 @@ public:
     /// @param totalSize       receives the size in bytes
     /// @param secondValueOut  receives the second value of the server's Content-Disposition, empty when there is
     ///                        none; room for fileNameOutSize characters; may be null
-    /// @return 0; -100 not connected; -112 the answer lacks a header; an HTTP status; of a @ref range_code -108, -111,
-    ///         -114 to -119 and -130, since no body is read
+    /// @return 0; -100 not connected; -112 the answer lacks a header; 1 its status is 000; any other HTTP status; of a
+    ///         @ref range_code -108, -111, -114 to -119 and -130, since no body is read
     int LargeFileGetInfo(const wchar_t* fileKey, wchar_t* fileNameOut, unsigned long fileNameOutSize,
                          unsigned long& totalSize, wchar_t* secondValueOut) const;
 
@@ -245,7 +248,7 @@ public:
     /// Records are appended when the whole listing has come, and not at all otherwise.
     /// @param folderId id of the folder
     /// @param files    receives the files. The module grows both vectors: only for a host with the module's C++
-    /// runtime.
+    ///                 runtime.
     /// @param folders  receives the folders
     /// @return as for the wide form
     int FolderList(const wchar_t* folderId, std::vector<_FileInfoUTF8>& files,
@@ -263,8 +266,7 @@ public:
     /// @param pcodeOut     receives the code; room for pcodeOutSize characters; may be null
     /// @param pcodeOutSize capacity of pcodeOut; a longer code is cut to one less
     /// @return 0; -138 no records or more than 200; -100 not connected; 1 the answer lacks its key or is no JSON; an
-    /// HTTP
-    ///         status or a @ref post_code
+    ///         HTTP status or a @ref post_code
     int PcodeCreate(std::vector<_FileInfo>& files, unsigned long aliveSeconds, wchar_t* pcodeOut,
                     unsigned long pcodeOutSize) const;
 

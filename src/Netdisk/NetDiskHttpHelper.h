@@ -25,20 +25,20 @@ public:
     /// @param objectPath    path below the base URL
     /// @param localFolder   folder of the file
     /// @param fileName      the file's name there
-    /// @param announcedName the name to send for it, at most 255 bytes of UTF-8
+    /// @param announcedName the name to send for it; cut at 255 bytes of UTF-8
     /// @param response      receives the answer
     int FileUpload(const wchar_t* objectPath, const wchar_t* localFolder, const wchar_t* fileName,
                    const wchar_t* announcedName, std::string& response);
 
     /// Creates a large file.
-    /// @param fileName  at most 64 bytes of UTF-8
+    /// @param fileName  cut at 64 bytes of UTF-8
     /// @param totalSize bytes
     /// @param md5       of the whole content, in hexadecimal
     /// @param response  receives the answer
     int FileCreate(const wchar_t* fileName, std::uint32_t totalSize, const char* md5, std::string& response);
 
     /// Uploads a block of a large file.
-    /// @param fileKey  at most 32 bytes of UTF-8
+    /// @param fileKey  cut at 32 bytes of UTF-8
     /// @param position offset of the block in the file
     /// @param block    its bytes
     /// @param response receives the answer

@@ -22,7 +22,7 @@ constexpr std::array<std::string_view, 8> cannotFail{
 };
 
 /// What the compiler's runtime and the thread library call, in and around the module's own code.
-constexpr std::array<std::string_view, 49> ofTheRuntime{
+constexpr std::array<std::string_view, 48> ofTheRuntime{
     "AddVectoredExceptionHandler",
     "CreateEventA",
     "CreateSemaphoreA",
@@ -34,7 +34,6 @@ constexpr std::array<std::string_view, 49> ofTheRuntime{
     "GetCurrentProcessId",
     "GetCurrentThread",
     "GetCurrentThreadId",
-    "GetFileAttributesExW",
     "GetHandleInformation",
     "GetModuleHandleA",
     "GetModuleHandleW",

@@ -199,6 +199,7 @@ std::span<Import* const> imports()
         importOf<"WriteFile", decltype(&WriteFile)>(),
         importOf<"GetFileSize", decltype(&GetFileSize)>(INVALID_FILE_SIZE),
         importOf<"GetFileSizeEx", decltype(&GetFileSizeEx)>(),
+        importOf<"GetFileAttributesExW", decltype(&GetFileAttributesExW)>(),
         importOf<"CreateFileMappingW", decltype(&CreateFileMappingW)>(),
         importOf<"MapViewOfFile", decltype(&MapViewOfFile)>(),
         importOf<"UnmapViewOfFile", decltype(&UnmapViewOfFile)>(0, releases),

@@ -94,6 +94,32 @@ TEST_F(ChecksumHelper, NullNamesAreFilesThatCannotBeOpened)
     EXPECT_EQ(log.messages("ERROR").size(), 1U);
 }
 
+TEST_F(ChecksumHelper, APathThatWasCutDigestsNoOtherFile)
+{
+    const std::wstring name(259 - folderName.size() - 1, L'n');
+    support::writeFile(folder.path() / name, "abc");
+    EXPECT_EQ(FileMd5(name.c_str(), folderName.c_str(), md5, size), 0);
+    EXPECT_EQ(FileMd5AndSha1(name.c_str(), md5, folderName.c_str(), sha1, size), 0);
+    EXPECT_STREQ(md5, "900150983cd24fb0d6963f7d28e17f72");
+    EXPECT_EQ(size, 3U);
+
+    md5[0] = '#';
+    sha1[0] = '#';
+    size = 777;
+    const std::wstring longer = name + L"m";
+    const support::LogCapture log;
+    EXPECT_EQ(FileMd5(longer.c_str(), folderName.c_str(), md5, size), 1);
+    EXPECT_EQ(FileMd5AndSha1(longer.c_str(), md5, folderName.c_str(), sha1, size), -121);
+    EXPECT_EQ(md5[0], '#');
+    EXPECT_EQ(sha1[0], '#');
+    EXPECT_EQ(size, 777U);
+    ASSERT_EQ(log.messages("ERROR").size(), 2U);
+    for (const std::string& message : log.messages("ERROR"))
+    {
+        EXPECT_TRUE(message.starts_with("GetLastError()=123 : ")) << message;
+    }
+}
+
 TEST_F(ChecksumHelper, FilesOf4GiBAndMoreCountByTheLowHalfOfTheirSize)
 {
     // Sparse: only its length is 4 GiB and three bytes.
