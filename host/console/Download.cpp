@@ -10,6 +10,7 @@
 #include <algorithm>
 #include <cstdint>
 #include <fstream>
+#include <iterator>
 #include <optional>
 #include <system_error>
 #include <vector>
@@ -243,6 +244,33 @@ DownloadSource FromShare(const netdisk::CNetDisk& disk, const std::string& pcode
             [&disk, code, id](unsigned long position, void* buffer, unsigned long& size) -> Outcome {
                 return {disk.LargePcodeDown(code.c_str(), id.c_str(), position, buffer, size), "LargePcodeDown"};
             }};
+}
+
+bool IsNameCut(const FileEntry& file)
+{
+    // A cut divides no character and may leave the last of the record's 64 units free.
+    constexpr std::size_t kShortestCut = std::size(netdisk::_FileInfo{}.name) - 2;
+    return Wide(file.name).size() >= kShortestCut;
+}
+
+void FetchByWholeName(DownloadSource& source, const std::filesystem::path& folder)
+{
+    const Outcome outcome = source.fetchWhole(folder.c_str(), nullptr);
+    if (outcome.result == Result::DownloadRefused || outcome.result == Result::LocalFileFailed)
+        return;
+    Check(outcome, "cannot download " + ToUtf8(source.remote.name), source.transport);
+    const std::filesystem::directory_iterator fetched(folder);
+    if (fetched == std::filesystem::directory_iterator())
+        return;
+    const std::filesystem::path file = fetched->path();
+    const std::wstring name = RepairedName(file.filename().wstring());
+    source.remote.name = SafeName(name, source.remote.name);
+    source.remote.stated = Printable(ToUtf8(name));
+    source.fetchWhole = [file](const wchar_t* place, const wchar_t* placeName) {
+        std::error_code error;
+        std::filesystem::rename(file, std::filesystem::path(place) / placeName, error);
+        return Outcome(error ? Result::LocalFileFailed : Result::Ok);
+    };
 }
 
 DownloadResult Download(const DownloadSource& source, const std::filesystem::path& path, const Options& options)

@@ -20,7 +20,8 @@ namespace quorvex::console
 struct DownloadSource
 {
     RemoteFile remote; ///< where nothing is told of the file, its size is the most that one can have
-    /// Writes the whole file into a folder, under a name; empty where files come in ranges alone.
+    /// Writes the whole file into a folder, under a name, of which null is the server's; empty where files come in
+    /// ranges alone.
     std::function<Outcome(const wchar_t* folder, const wchar_t* name)> fetchWhole;
     /// Reads one range; "size" is the bytes wanted, then those received: none behind the file's end.
     std::function<Outcome(unsigned long position, void* buffer, unsigned long& size)> fetchRange;
@@ -44,6 +45,15 @@ DownloadSource FromDepot(Storage3& storage, const std::string& uid, const std::s
 
 /// A file of a share code.
 DownloadSource FromShare(const netdisk::CNetDisk& disk, const std::string& pcode, const FileEntry& file);
+
+/// Whether the name that a listing has may be the beginning of a longer one.
+bool IsNameCut(const FileEntry& file);
+
+/// Fetches a whole file right away, by the name that comes with it, which no listing has cut. Its download then finds
+/// it here. The source stays as it is when no such name comes, or none that a file can have here.
+/// @param folder an empty one, which is there until the file is downloaded
+/// @throws Failure
+void FetchByWholeName(DownloadSource& source, const std::filesystem::path& folder);
 
 struct DownloadResult
 {

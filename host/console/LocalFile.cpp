@@ -17,33 +17,29 @@ namespace quorvex::console
 namespace
 {
 
-class FolderForAWhile
+void RemoveFolder(const std::filesystem::path& path)
 {
-public:
-    explicit FolderForAWhile(std::filesystem::path path) : m_path(std::move(path))
-    {
-        std::error_code error;
-        std::filesystem::create_directories(m_path, error);
-        if (error)
-            throw Failure("cannot make the folder " + NameOf(m_path), Result::LocalFileFailed);
-    }
-
-    ~FolderForAWhile()
-    {
-        std::error_code ignored;
-        std::filesystem::remove_all(m_path, ignored);
-    }
-
-    FolderForAWhile(const FolderForAWhile&) = delete;
-    FolderForAWhile& operator=(const FolderForAWhile&) = delete;
-
-    const std::filesystem::path& Path() const { return m_path; }
-
-private:
-    std::filesystem::path m_path;
-};
+    std::error_code ignored;
+    if (std::filesystem::is_directory(path, ignored))
+        std::filesystem::remove_all(path, ignored);
+}
 
 } // namespace
+
+FolderForAWhile::FolderForAWhile(std::filesystem::path path) : m_path(std::move(path))
+{
+    // A run that was interrupted leaves its own.
+    RemoveFolder(m_path);
+    std::error_code error;
+    std::filesystem::create_directories(m_path, error);
+    if (error)
+        throw Failure("cannot make the folder " + NameOf(m_path), Result::LocalFileFailed);
+}
+
+FolderForAWhile::~FolderForAWhile()
+{
+    RemoveFolder(m_path);
+}
 
 std::uint64_t TransferableSize(const std::filesystem::path& path)
 {

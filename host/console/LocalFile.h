@@ -11,6 +11,23 @@
 namespace quorvex::console
 {
 
+/// A folder that is empty at first and goes with all that is in it.
+class FolderForAWhile
+{
+public:
+    /// @throws Failure
+    explicit FolderForAWhile(std::filesystem::path path);
+    ~FolderForAWhile();
+
+    FolderForAWhile(const FolderForAWhile&) = delete;
+    FolderForAWhile& operator=(const FolderForAWhile&) = delete;
+
+    const std::filesystem::path& Path() const { return m_path; }
+
+private:
+    std::filesystem::path m_path;
+};
+
 /// @return the size of a file that the protocol can carry: sizes have 32 bits in it
 /// @throws Failure when it is missing, no file, or too large
 std::uint64_t TransferableSize(const std::filesystem::path& path);

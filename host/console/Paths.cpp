@@ -149,4 +149,9 @@ std::filesystem::path DownloadPlaces::For(const std::wstring& serverName)
     return TargetOf(m_out, m_names.back());
 }
 
+std::filesystem::path DownloadPlaces::Beside(const std::wstring& name) const
+{
+    return TargetOf(m_out, name).parent_path() / name;
+}
+
 } // namespace quorvex::console

@@ -51,6 +51,9 @@ public:
 
     std::filesystem::path For(const std::wstring& serverName);
 
+    /// Where something else of that name can lie for a while, in the same folder.
+    std::filesystem::path Beside(const std::wstring& name) const;
+
 private:
     std::string m_out;
     std::vector<std::wstring> m_names;

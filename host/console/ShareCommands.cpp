@@ -3,6 +3,7 @@
 #include "Download.h"
 #include "Failure.h"
 #include "Listings.h"
+#include "LocalFile.h"
 #include "Paths.h"
 #include "Progress.h"
 #include "ReportValues.h"
@@ -13,6 +14,7 @@
 
 #include <algorithm>
 #include <array>
+#include <optional>
 
 namespace quorvex::console
 {
@@ -44,17 +46,17 @@ std::vector<FileEntry> ChosenFiles(const netdisk::CNetDisk& disk, const Options&
     return files;
 }
 
-std::vector<DownloadSource> SourcesOf(const netdisk::CNetDisk& disk, const Options& options,
-                                      const std::vector<FileEntry>& files)
+DownloadResult Fetch(const netdisk::CNetDisk& disk, const FileEntry& file, DownloadPlaces& places,
+                     const Options& options)
 {
-    if (files.empty())
-        throw Failure("the share code " + options.pcode +
-                      (options.fileId.empty() ? " has no files" : " has no file " + options.fileId));
-    std::vector<DownloadSource> sources;
-    sources.reserve(files.size());
-    for (const FileEntry& file : files)
-        sources.push_back(FromShare(disk, options.pcode, file));
-    return sources;
+    DownloadSource source = FromShare(disk, options.pcode, file);
+    std::optional<FolderForAWhile> folder;
+    if (IsNameCut(file) && file.size <= options.largeFrom)
+    {
+        folder.emplace(places.Beside(SafeName(Wide(file.key), L"file") + L".quorvex-part"));
+        FetchByWholeName(source, folder->Path());
+    }
+    return Download(source, places.For(source.remote.name), options);
 }
 
 Report SharedReport(const std::string& pcode, const std::vector<FileEntry>& files)
@@ -155,18 +157,20 @@ Report FetchCommand(const Options& options)
     const std::vector<FileEntry> files = ChosenFiles(*disk, options);
     if (options.listOnly)
         return SharedReport(options.pcode, files);
-    const std::vector<DownloadSource> sources = SourcesOf(*disk, options, files);
-    DownloadPlaces places(options.out, sources.size());
+    if (files.empty())
+        throw Failure("the share code " + options.pcode +
+                      (options.fileId.empty() ? " has no files" : " has no file " + options.fileId));
+    DownloadPlaces places(options.out, files.size());
 
     Report report;
     Json::Value array(Json::arrayValue);
-    for (std::size_t i = 0; i < sources.size(); ++i)
+    for (const FileEntry& file : files)
     {
         Report each;
-        each.Add("fid", files[i].key);
-        AddDownload(each, Download(sources[i], places.For(sources[i].remote.name), options));
+        each.Add("fid", file.key);
+        AddDownload(each, Fetch(*disk, file, places, options));
+        report.AddText((array.empty() ? "" : "\n") + each.ForPeople());
         array.append(each.Data());
-        report.AddText((i == 0 ? "" : "\n") + each.ForPeople());
     }
     report.AddData("pcode", options.pcode);
     report.AddData("files", array);

@@ -153,7 +153,21 @@ protected:
         return source;
     }
 
+    /// A file that a listing names, which comes whole, with this name of its own.
+    DownloadSource Listed(const std::wstring& ownName)
+    {
+        DownloadSource source;
+        source.remote = {L"listed", m_content.size(), m_server.md5, "listed"};
+        source.fetchWhole = [this, ownName](const wchar_t* folder, const wchar_t* name) -> Outcome {
+            if (m_wholeResult == 0)
+                std::ofstream(std::filesystem::path(folder) / (name != nullptr ? name : ownName)) << m_content;
+            return {m_wholeResult, "Whole"};
+        };
+        return source;
+    }
+
     const std::string m_content = "0123456789";
+    int m_wholeResult = 0;
     Options m_options;
     BlockServer m_server;
     int m_ranges = 0;
@@ -443,6 +457,65 @@ TEST_F(Transfer, LeavesNothingWhenItIsStoppedBeforeTheFirstRange)
     EXPECT_THROW(Download(Ranges(), m_folder / "fetched", m_options), Failure);
     EXPECT_TRUE(std::filesystem::exists(m_file));
     EXPECT_FALSE(std::filesystem::exists(m_folder / "fetched.quorvex-part"));
+}
+
+TEST_F(Transfer, TakesTheNameThatComesWithAFile)
+{
+    const std::wstring whole = std::wstring(76, L'n') + L".txt";
+    DownloadSource source = Listed(whole);
+    const FolderForAWhile folder(m_folder / "fresh");
+    FetchByWholeName(source, folder.Path());
+    EXPECT_EQ(source.remote.name, whole);
+    EXPECT_EQ(source.remote.stated, ToUtf8(whole));
+    const DownloadResult download = Download(source, m_folder / source.remote.name, m_options);
+    EXPECT_TRUE(download.verified);
+    EXPECT_EQ(ContentOf(m_folder / whole), m_content);
+    EXPECT_TRUE(std::filesystem::is_empty(folder.Path()));
+}
+
+TEST_F(Transfer, KeepsTheListedNameWhereNoneComesWithAFile)
+{
+    DownloadSource source = Listed(L"");
+    for (const int result : {-120, -134})
+    {
+        m_wholeResult = result;
+        const FolderForAWhile folder(m_folder / "fresh");
+        FetchByWholeName(source, folder.Path());
+        EXPECT_EQ(source.remote.name, L"listed");
+    }
+    m_wholeResult = -107;
+    const FolderForAWhile folder(m_folder / "fresh");
+    EXPECT_THROW(FetchByWholeName(source, folder.Path()), Failure);
+    m_wholeResult = 0;
+    EXPECT_TRUE(Download(source, m_folder / "listed", m_options).verified);
+    EXPECT_EQ(ContentOf(m_folder / "listed"), m_content);
+}
+
+TEST_F(Transfer, MakesAnEmptyFolderForAWhile)
+{
+    const std::filesystem::path path = m_folder / "fresh";
+    std::filesystem::create_directories(path / "below");
+    std::ofstream(path / "left behind") << "by an interrupted run";
+    {
+        const FolderForAWhile folder(path);
+        EXPECT_TRUE(std::filesystem::is_empty(path));
+        std::ofstream(path / "file") << "text";
+    }
+    EXPECT_FALSE(std::filesystem::exists(path));
+}
+
+TEST(IsNameCut, SuspectsWhatFillsTheRecord)
+{
+    const auto isCut = [](const std::string& name) {
+        FileEntry entry;
+        entry.name = name;
+        return IsNameCut(entry);
+    };
+    EXPECT_FALSE(isCut(std::string(62, 'n')));
+    EXPECT_TRUE(isCut(std::string(63, 'n')));
+    EXPECT_TRUE(isCut(std::string(64, 'n')));
+    EXPECT_FALSE(isCut(ToUtf8(std::wstring(62, L'\x65E5'))));
+    EXPECT_TRUE(isCut(ToUtf8(std::wstring(64, L'\x65E5'))));
 }
 
 TEST_F(Transfer, NamesTheOperationThatHasFailed)

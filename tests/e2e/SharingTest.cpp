@@ -3,6 +3,7 @@
 #include "Application.h"
 
 #include <atomic>
+#include <iterator>
 #include <set>
 
 namespace quorvex::e2e
@@ -46,6 +47,11 @@ protected:
         return files;
     }
 };
+
+std::ptrdiff_t FilesIn(const std::filesystem::path& folder)
+{
+    return std::distance(std::filesystem::directory_iterator(folder), {});
+}
 
 /// The services in this process, with a clock that stands still until the test moves it.
 class SharingInTime : public Sharing
@@ -103,6 +109,53 @@ TEST_F(Sharing, OneFileOfACodeComesAlone)
     EXPECT_EQ(Fetch(pcode, out, {"--fid", second["fid"].asString()})[0]["fid"], second["fid"]);
     EXPECT_EQ(ReadFile(out), "two");
     EXPECT_EQ(Run({"fetch", pcode, "--fid", "nosuch", "--out", out.string()}, kBob).exitStatus, 1);
+}
+
+TEST_F(Sharing, LongNamesComeWhole)
+{
+    const std::string zhe = "\xD0\x96";
+    std::string cyrillic;
+    for (int i = 0; i < 76; ++i)
+    {
+        cyrillic += zhe;
+    }
+    struct Case
+    {
+        std::string name;
+        std::string listed;
+    };
+    for (const Case& item : {Case{std::string(76, 'a') + ".pdf", std::string(64, 'a')},
+                             Case{cyrillic + ".pdf", cyrillic.substr(0, 64 * zhe.size())}})
+    {
+        const std::string content = Pattern(12345);
+        const std::string pcode = Share({PutContent(item.name, content)});
+        EXPECT_EQ(FilesOf(pcode)[0]["name"].asString(), item.listed);
+
+        const std::filesystem::path out = MakeFolder("out " + item.listed.substr(0, 2));
+        EXPECT_EQ(Fetch(pcode, out)[0]["name"].asString(), item.name);
+        EXPECT_EQ(ReadFile(out / item.name), content);
+        EXPECT_EQ(FilesIn(out), 1);
+        const std::filesystem::path named = out / "named.pdf";
+        EXPECT_EQ(Fetch(pcode, named)[0]["name"].asString(), item.name);
+        EXPECT_EQ(ReadFile(named), content);
+
+        // Blocks bring no name along.
+        EXPECT_EQ(Fetch(pcode, out, {"--large-from", "1KiB"})[0]["name"].asString(), item.listed);
+        EXPECT_EQ(ReadFile(out / item.listed), content);
+        EXPECT_EQ(FilesIn(out), 3);
+    }
+}
+
+TEST_F(Sharing, LongNamesAreTheirOwnAlsoWhenTheyBeginAlike)
+{
+    const std::string one = std::string(70, 'a') + " one.txt";
+    const std::string two = std::string(70, 'a') + " two.txt";
+    const std::string pcode = Share({PutContent(one, "one"), PutContent(two, "two"), PutContent(one, "three")});
+    const std::filesystem::path out = MakeFolder("out");
+    EXPECT_EQ(Fetch(pcode, out).size(), 3U);
+    EXPECT_EQ(ReadFile(out / two), "two");
+    EXPECT_EQ((std::set<std::string>{ReadFile(out / one), ReadFile(out / (std::string(70, 'a') + " one (2).txt"))}),
+              (std::set<std::string>{"one", "three"}));
 }
 
 TEST_F(Sharing, FilesOfOneNameDoNotReplaceEachOther)
