@@ -46,6 +46,13 @@ std::vector<FileEntry> ChosenFiles(const netdisk::CNetDisk& disk, const Options&
     return files;
 }
 
+void RequireFiles(const std::vector<FileEntry>& files, const Options& options)
+{
+    if (files.empty())
+        throw Failure("the share code " + options.pcode +
+                      (options.fileId.empty() ? " has no files" : " has no file " + options.fileId));
+}
+
 DownloadResult Fetch(const netdisk::CNetDisk& disk, const FileEntry& file, DownloadPlaces& places,
                      const Options& options)
 {
@@ -143,11 +150,15 @@ Report ExtendCommand(const Options& options)
 Report SaveCommand(const Options& options)
 {
     const auto disk = LogIn(options);
+    // The answer to the saving itself tells no number.
+    const std::vector<FileEntry> files = ChosenFiles(*disk, options);
+    RequireFiles(files, options);
     Check({disk->PcodeSave(Wide(options.pcode).c_str(), Wide(options.inFolder).c_str()), "PcodeSave"},
           "cannot save the files of the share code " + options.pcode);
     Report report;
     report.Add("pcode", options.pcode);
     report.Add("folder", options.inFolder);
+    report.Add("files", Json::UInt64{files.size()}, std::to_string(files.size()));
     return report;
 }
 
@@ -157,9 +168,7 @@ Report FetchCommand(const Options& options)
     const std::vector<FileEntry> files = ChosenFiles(*disk, options);
     if (options.listOnly)
         return SharedReport(options.pcode, files);
-    if (files.empty())
-        throw Failure("the share code " + options.pcode +
-                      (options.fileId.empty() ? " has no files" : " has no file " + options.fileId));
+    RequireFiles(files, options);
     DownloadPlaces places(options.out, files.size());
 
     Report report;

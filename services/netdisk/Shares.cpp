@@ -194,8 +194,13 @@ std::vector<std::string> Shares::Save(std::int64_t account, const std::string& c
 {
     return database_.Transact([&](Transaction& transaction) {
         const auto place = folders_.Locate(transaction, account, folder);
+        const auto files = FilesOf(transaction, code);
+        if (files.empty())
+        {
+            throw HttpError(Status::NotFound, "none of the share code's files is within reach");
+        }
         std::vector<std::string> keys;
-        for (const FileRow& file : FilesOf(transaction, code))
+        for (const FileRow& file : files)
         {
             keys.push_back(files_.Copy(transaction, account, file, place));
         }

@@ -52,7 +52,8 @@ public:
     // Ends the code now.
     void Expire(const std::string& code);
 
-    // Copies all files of the code into a folder of the account, or none; returns the copies' keys.
+    // Copies all files of the code that are within reach into a folder of the account, or none; returns the copies'
+    // keys. Ends the request when no file is within reach.
     std::vector<std::string> Save(std::int64_t account, const std::string& code, const std::string& folder);
 
 private:

@@ -184,7 +184,7 @@ TEST_F(Sharing, SavedFilesAreTheSecondAccountsOwn)
     const std::string target = Done({"mkdir", "saved"}, kBob)["id"].asString();
     const std::uint64_t before = Used(kBob);
 
-    Done({"save", pcode, "--folder", target}, kBob);
+    EXPECT_EQ(Done({"save", pcode, "--folder", target}, kBob)["files"].asUInt(), 1U);
     Done({"rm", key, "--forever"});
     const Json::Value files = Done({"ls", target}, kBob)["files"];
     ASSERT_EQ(files.size(), 1U);
@@ -226,6 +226,9 @@ TEST_F(Sharing, RemovedFilesAreNotReachedUntilTheyAreRestored)
     const ConsoleRun fetch = Run({"fetch", pcode, "--out", out.string()}, kBob);
     EXPECT_EQ(fetch.exitStatus, 1);
     EXPECT_NE(fetch.Json()["message"].asString().find("has no files"), std::string::npos) << fetch.output;
+    const ConsoleRun save = Run({"save", pcode}, kBob);
+    EXPECT_EQ(save.exitStatus, 1);
+    EXPECT_NE(save.Json()["message"].asString().find("has no files"), std::string::npos) << save.output;
     Done({"restore", Done({"trash"})["items"][0]["id"].asString()});
     Fetch(pcode, out);
     EXPECT_EQ(ReadFile(out), "text");

@@ -267,6 +267,30 @@ TEST_F(SharesTest, ADeletedFileIsOutOfReachUntilItIsRestored)
     EXPECT_EQ(ShareInfo(bob_, code).body, R"({"files":[]})");
 }
 
+TEST_F(SharesTest, SavingLeavesOutWhatIsOutOfReach)
+{
+    const std::string first = PutFile(alice_, "a", "12345");
+    const std::string folder = AddFolder(alice_, "folder");
+    const std::string second = PutFile(alice_, "b", "1234", folder);
+    const std::string code = Share(alice_, {first, second}).Text("pcode");
+    RecycleFile(alice_, first);
+    EXPECT_EQ(Save(bob_, code).Json()["fkeys"].size(), 1U);
+    EXPECT_EQ(NamesIn(bob_), Names{"b"});
+    EXPECT_EQ(bob_.UsedSpace(), 4U);
+
+    RecycleFolder(alice_, folder);
+    const Reply none = Save(bob_, code);
+    EXPECT_EQ(none.status, 404);
+    EXPECT_EQ(none.Text("msg"), "none of the share code's files is within reach");
+    Recover(alice_, ItemNamed(alice_, "a"));
+    EXPECT_EQ(Save(bob_, code).status, 200);
+    EXPECT_EQ(NamesIn(bob_), (Names{"a", "b"}));
+
+    EXPECT_EQ(EraseFile(alice_, first).status, 200);
+    EXPECT_EQ(EraseFolder(alice_, folder).status, 200);
+    EXPECT_EQ(Save(bob_, code).status, 404);
+}
+
 TEST_F(SharesTest, ACodeOpensOnlyItsFiles)
 {
     const std::string code = ShareFile();
