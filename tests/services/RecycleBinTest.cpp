@@ -58,6 +58,25 @@ TEST_F(RecycleBinTest, AFileComesBackToItsFolder)
     EXPECT_EQ(Recover(client_, item).status, 404);
 }
 
+TEST_F(RecycleBinTest, WhatComesBackFindsItsFolderWhereverThatIs)
+{
+    const std::string a = AddFolder(client_, "a");
+    const std::string b = AddFolder(client_, "b", a);
+    RecycleFolder(client_, AddFolder(client_, "c", b));
+    RecycleFile(client_, PutFile(client_, "f", "content", b));
+    // Under the path that the bin remembers there is another folder by now.
+    EXPECT_EQ(
+        client_.PostJson("/object/folder/modi", Body({{"fo_id", b}, {"name", "moved"}, {"parent_fo_id", "0"}})).status,
+        200);
+    const std::string other = AddFolder(client_, "b", a);
+
+    EXPECT_EQ(Recover(client_, ItemNamed(client_, "f")).status, 200);
+    EXPECT_EQ(Recover(client_, ItemNamed(client_, "c")).status, 200);
+    EXPECT_EQ(NamesIn(client_), (Names{"a/", "moved/"}));
+    EXPECT_EQ(NamesIn(client_, b), (Names{"c/", "f"}));
+    EXPECT_EQ(NamesIn(client_, other), Names{});
+}
+
 TEST_F(RecycleBinTest, AFolderIsOneItemAndComesBackWithAllThatWasInIt)
 {
     const std::string a = AddFolder(client_, "a");
