@@ -202,6 +202,7 @@ TEST_F(SharesTest, WhatCannotBeSharedIsRefused)
     const std::string unfinished = alice_.CreateLarge("big", "something else").Text("fkey");
     EXPECT_EQ(Share(alice_, {key_, unfinished}).status, 409);
     EXPECT_EQ(Share(alice_, {key_, "none"}).status, 404);
+    EXPECT_EQ(Share(alice_, {key_, AddFolder(alice_, "folder")}).status, 404);
     EXPECT_EQ(alice_.PostJson("/object/pcode/create", R"({"fkeys":"k","alivesecond":1})").status, 400);
     EXPECT_EQ(alice_.PostJson("/object/pcode/create", R"({"fkeys":[1],"alivesecond":1})").status, 400);
     EXPECT_EQ(alice_.PostJson("/object/pcode/create", R"({"fkeys":["cut)").status, 400);
