@@ -16,6 +16,9 @@ constexpr const char* kJoint = "\xE2\x94\x9C\xE2\x94\x80 ";
 constexpr const char* kLastJoint = "\xE2\x94\x94\xE2\x94\x80 ";
 constexpr const char* kStem = "\xE2\x94\x82  ";
 
+/// More than anybody has, few enough for the stack, and for the readers of JSON, which bound its nesting.
+constexpr std::size_t kDeepest = 200;
+
 struct Totals
 {
     std::size_t folders = 0;
@@ -23,15 +26,19 @@ struct Totals
     std::uint64_t bytes = 0;
 };
 
-FolderTree ReadBranch(const FolderEntry& self, const FolderLister& list, std::set<std::string>& seen)
+/// @param depth how many folders lie above this one
+FolderTree ReadBranch(const FolderEntry& self, const FolderLister& list, std::set<std::string>& seen, std::size_t depth)
 {
+    if (depth > kDeepest)
+        throw Failure("the folders are more than " + std::to_string(kDeepest) + " deep at the folder " + self.id +
+                      ", which can be listed by itself");
     // A damaged server's circle would never end.
     if (!seen.insert(self.id).second)
         throw Failure("the server lists the folder " + self.id + " in two places");
     Folder folder = list(self.id);
     FolderTree tree{self, {}, std::move(folder.files)};
     for (const FolderEntry& each : folder.folders)
-        tree.folders.push_back(ReadBranch(each, list, seen));
+        tree.folders.push_back(ReadBranch(each, list, seen, depth + 1));
     return tree;
 }
 
@@ -69,7 +76,7 @@ std::string Counted(std::size_t count, const std::string& noun)
 FolderTree ReadTree(const FolderEntry& top, const FolderLister& list)
 {
     std::set<std::string> seen;
-    return ReadBranch(top, list, seen);
+    return ReadBranch(top, list, seen, 0);
 }
 
 std::string TreeText(const FolderTree& tree)

@@ -22,7 +22,7 @@ struct FolderTree
 /// Lists one folder.
 using FolderLister = std::function<Folder(const std::string& id)>;
 
-/// @throws Failure when a folder turns up twice, as no tree has it
+/// @throws Failure when a folder turns up twice, as no tree has it, or lies more than 200 folders deep
 FolderTree ReadTree(const FolderEntry& top, const FolderLister& list);
 
 /// One line for each folder and file, indented by lines that join them.

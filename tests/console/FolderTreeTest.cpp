@@ -67,6 +67,18 @@ TEST(FolderTree, RefusesACircle)
     EXPECT_THROW(Read(twice), Failure);
 }
 
+TEST(FolderTree, RefusesABottomlessOne)
+{
+    const auto withFolders = [](int deepest) {
+        return ReadTree({"0", "/"}, [deepest](const std::string& id) {
+            const int depth = std::stoi(id);
+            return depth < deepest ? Folder{{{std::to_string(depth + 1), "f"}}, {}} : Folder();
+        });
+    };
+    EXPECT_EQ(TotalsText(withFolders(200)), "200 folders, 0 files, 0 bytes");
+    EXPECT_THROW(withFolders(201), Failure);
+}
+
 TEST(FolderTree, FailsWithItsLister)
 {
     EXPECT_THROW(ReadTree({"0", "/"}, [](const std::string&) -> Folder { throw Failure("no"); }), Failure);
