@@ -64,6 +64,16 @@ bool IsDevice(const std::wstring& name)
     return std::wstring_view(L"0123456789\xB9\xB2\xB3").find(stem[3]) != std::wstring_view::npos;
 }
 
+/// @return an empty text when nothing is left of the name
+std::wstring Harmless(std::wstring name)
+{
+    std::replace_if(name.begin(), name.end(), IsForbidden, L'_');
+    // The system drops dots and blanks at a name's end, which would make another name of it.
+    while (!name.empty() && (name.back() == L'.' || name.back() == L' '))
+        name.pop_back();
+    return IsDevice(name) ? L'_' + name : name;
+}
+
 bool IsSameName(const std::wstring& one, const std::wstring& other)
 {
     return CompareStringOrdinal(one.c_str(), -1, other.c_str(), -1, TRUE) == CSTR_EQUAL;
@@ -106,13 +116,11 @@ std::wstring SafeName(std::wstring name, const std::wstring& fallback)
     // A header that closes the quotation gives its mark along with the name.
     if (!name.empty() && name.back() == L'"')
         name.pop_back();
-    std::replace_if(name.begin(), name.end(), IsForbidden, L'_');
-    // The system drops dots and blanks at a name's end, which would make another name of it.
-    while (!name.empty() && (name.back() == L'.' || name.back() == L' '))
-        name.pop_back();
-    if (name.empty())
-        return fallback;
-    return IsDevice(name) ? L'_' + name : name;
+    // The fallback may be the server's as well.
+    for (const std::wstring& each : {Harmless(name), Harmless(fallback)})
+        if (!each.empty())
+            return each;
+    return L"file";
 }
 
 std::vector<std::wstring> DistinctNames(std::vector<std::wstring> names)

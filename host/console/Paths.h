@@ -28,7 +28,7 @@ std::filesystem::path WithEnding(const std::filesystem::path& path, std::wstring
 std::wstring RepairedName(const std::wstring& name);
 
 /// A server's name for a file, made fit to be a file name here: one that stays in its folder and names no device.
-/// @param fallback taken when nothing is left of the name
+/// @param fallback taken, made fit as well, when nothing is left of the name
 std::wstring SafeName(std::wstring name, const std::wstring& fallback);
 
 /// File names that can be in one folder: of names that the system takes for the same, all but the first get a number.

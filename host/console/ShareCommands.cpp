@@ -60,7 +60,7 @@ DownloadResult Fetch(const netdisk::CNetDisk& disk, const FileEntry& file, Downl
     std::optional<FolderForAWhile> folder;
     if (IsNameCut(file) && file.size <= options.largeFrom)
     {
-        folder.emplace(places.Beside(SafeName(Wide(file.key), L"file") + L".quorvex-part"));
+        folder.emplace(places.Beside(SafeName(Wide(file.key), L"") + L".quorvex-part"));
         FetchByWholeName(source, folder->Path());
     }
     return Download(source, places.For(source.remote.name), options);

@@ -1,5 +1,6 @@
 #include "Paths.h"
 #include "Failure.h"
+#include "RemoteFile.h"
 #include "Text.h"
 
 #include <gtest/gtest.h>
@@ -88,6 +89,26 @@ TEST(SafeName, FallsBackWhenNothingIsLeft)
     for (const wchar_t* const name : {L"", L".", L"..", L"...", L" ", L". ."})
         EXPECT_EQ(SafeName(name, L"key"), L"key");
     EXPECT_EQ(SafeName(L"a. .", L"key"), L"a");
+}
+
+TEST(SafeName, TrustsTheFallbackNoMoreThanTheName)
+{
+    EXPECT_EQ(SafeName(L"", L"..\\..\\evil.bat"), L".._.._evil.bat");
+    EXPECT_EQ(SafeName(L".", L"C:\\x\\evil.exe"), L"C__x_evil.exe");
+    EXPECT_EQ(SafeName(L"", L"nul"), L"_nul");
+    EXPECT_EQ(SafeName(L"..", L".. "), L"file");
+    EXPECT_EQ(SafeName(L"", L""), L"file");
+}
+
+TEST(SharedFile, StaysInItsFolderWhateverTheServerSays)
+{
+    FileEntry entry;
+    entry.key = "..\\..\\evil.bat";
+    EXPECT_EQ(SharedFile(entry).name, L".._.._evil.bat");
+    entry.key = "CON";
+    EXPECT_EQ(SharedFile(entry).name, L"_CON");
+    entry.name = "C:\\x\\evil.exe";
+    EXPECT_EQ(SharedFile(entry).name, L"C__x_evil.exe");
 }
 
 TEST(SafeName, NamesNoDevice)
