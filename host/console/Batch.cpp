@@ -52,7 +52,7 @@ private:
     void Note(const std::string& thing, const Failure& failure)
     {
         if (!m_options.json)
-            WriteError(std::string("quorvex: ") + failure.what() + '\n');
+            WriteFailure(failure);
         Append(thing, failure.Members(), false);
         // An interruption ends all, and so it is what there is to tell.
         if (!m_first || (IsInterruption(failure) && !IsInterruption(*m_first)))

@@ -43,6 +43,11 @@ void WriteError(std::string_view text)
     Write(GetStdHandle(STD_ERROR_HANDLE), text);
 }
 
+void WriteFailure(const Failure& failure)
+{
+    WriteError("quorvex: " + Printable(failure.what()) + '\n');
+}
+
 std::size_t ErrorColumns()
 {
     CONSOLE_SCREEN_BUFFER_INFO info{};
@@ -63,7 +68,7 @@ std::string Report::ForPeople() const
         width = std::max(width, line.first.size());
     std::string text;
     for (const auto& [name, value] : m_lines)
-        text += name + std::string(width - name.size() + 2, ' ') + value + '\n';
+        text += name + std::string(width - name.size() + 2, ' ') + Printable(value) + '\n';
     return text + m_text;
 }
 

@@ -21,6 +21,9 @@ void WriteOut(std::string_view text);
 /// The same for the standard error stream, where a failure has nowhere to be told.
 void WriteError(std::string_view text);
 
+/// Tells people of a failure there, in one line.
+void WriteFailure(const Failure& failure);
+
 /// How many columns the standard error stream's terminal has; 0 when it is none.
 std::size_t ErrorColumns();
 
@@ -47,7 +50,7 @@ public:
     void SetFailure(const Failure& failure) { m_failure = failure; }
     const std::optional<Failure>& WhyFailed() const { return m_failure; }
 
-    /// One line for each value, the values below each other.
+    /// One line for each value, the values below each other. What is in a value does not steer the terminal.
     std::string ForPeople() const;
 
     /// One line with one object; "ok" is true, unless there is a failure, whose members it then has too.

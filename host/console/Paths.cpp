@@ -47,7 +47,9 @@ std::optional<std::string> LatinBytes(const std::wstring& text)
 
 bool IsForbidden(wchar_t character)
 {
-    return character < L' ' || std::wstring_view(L"<>:\"/\\|?*").find(character) != std::wstring_view::npos;
+    // Some of the control characters steer a terminal.
+    return character < L' ' || (character >= 0x7F && character < 0xA0) ||
+           std::wstring_view(L"<>:\"/\\|?*").find(character) != std::wstring_view::npos;
 }
 
 bool IsDevice(const std::wstring& name)

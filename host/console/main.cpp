@@ -40,7 +40,7 @@ int Tell(const Report& report, bool asJson)
     if (!text.empty())
         WriteOut(text);
     if (failure && !asJson)
-        WriteError(std::string("quorvex: ") + failure->what() + '\n');
+        WriteFailure(*failure);
     return failure ? failure->Status() : ExitStatus::kDone;
 }
 

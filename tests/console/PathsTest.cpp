@@ -76,6 +76,10 @@ TEST(SafeName, NeverLeavesTheFolder)
 TEST(SafeName, ReplacesWhatNoNameMayHold)
 {
     EXPECT_EQ(SafeName(L"a<b>c\"d|e?f*g\x1h\ni", L"key"), L"a_b_c_d_e_f_g_h_i");
+    EXPECT_EQ(SafeName(L"a\x7F\x9B"
+                       L"31m\xA0",
+                       L"key"),
+              L"a__31m\xA0");
 }
 
 TEST(SafeName, DropsTheMarkThatClosesTheQuotation)

@@ -15,6 +15,14 @@ TEST(Report, PutsValuesBelowEachOtherForPeople)
     EXPECT_EQ(report.ForPeople(), "key   0a1b\nsize  1.5 KiB (1536 bytes)\n");
 }
 
+TEST(Report, DoesNotSteerTheTerminal)
+{
+    Report report;
+    report.Add("key", "\x1B[2J0a1b\xC2\x9B");
+    EXPECT_EQ(report.ForPeople(), "key  \xEF\xBF\xBD[2J0a1b\xEF\xBF\xBD\n");
+    EXPECT_EQ(report.Data()["key"].asString(), "\x1B[2J0a1b\xC2\x9B");
+}
+
 TEST(Report, IsOneLineOfJsonForMachines)
 {
     Report report;
