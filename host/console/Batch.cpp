@@ -2,6 +2,7 @@
 
 #include "Failure.h"
 #include "Interruption.h"
+#include "Text.h"
 
 #include <optional>
 
@@ -46,6 +47,10 @@ private:
         catch (const Failure& failure)
         {
             Note(thing, failure);
+        }
+        catch (const std::exception& error)
+        {
+            Note(thing, Failure(FromSystem(error.what())));
         }
     }
 

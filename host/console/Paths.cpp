@@ -85,6 +85,8 @@ bool IsSameName(const std::wstring& one, const std::wstring& other)
 
 LocalPath SplitPath(const std::filesystem::path& path)
 {
+    if (path.empty())
+        throw Failure("an empty name is not a file's");
     const std::filesystem::path whole = std::filesystem::absolute(path).lexically_normal().make_preferred();
     if (!whole.has_filename())
         throw Failure(ToUtf8(whole.wstring()) + " is not a file");

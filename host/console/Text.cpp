@@ -34,6 +34,16 @@ std::wstring Wide(std::string_view text)
     return ToWide(text).value_or(std::wstring());
 }
 
+std::string FromSystem(std::string_view text)
+{
+    if (ToWide(text))
+        return std::string(text);
+    const int size = static_cast<int>(text.size());
+    std::wstring wide(text.size(), L'\0');
+    wide.resize(static_cast<std::size_t>(MultiByteToWideChar(CP_ACP, 0, text.data(), size, wide.data(), size)));
+    return ToUtf8(wide);
+}
+
 std::wstring JsonEscaped(std::string_view text)
 {
     std::wstring escaped;

@@ -17,6 +17,9 @@ std::optional<std::wstring> ToWide(std::string_view text);
 /// UTF-8 to UTF-16 for what the command line and the system have given, which is valid already.
 std::wstring Wide(std::string_view text);
 
+/// A message of the system's, which may be in its 8-bit encoding.
+std::string FromSystem(std::string_view text);
+
 /// The module puts texts into JSON bodies as they are, so whatever JSON keeps for itself is escaped here.
 std::wstring JsonEscaped(std::string_view text);
 

@@ -90,7 +90,7 @@ int RunSafely(const Invocation& invocation)
     }
     catch (const std::exception& error)
     {
-        return TellFailure(Failure(error.what()), invocation.words, asJson);
+        return TellFailure(Failure(FromSystem(error.what())), invocation.words, asJson);
     }
 }
 

@@ -1,9 +1,11 @@
 #include "Batch.h"
 #include "Interruption.h"
+#include "Text.h"
 
 #include <gtest/gtest.h>
 
 #include <memory>
+#include <stdexcept>
 
 #include <json/reader.h>
 
@@ -36,6 +38,8 @@ protected:
                 isAskedToStop = true;
             if (thing.starts_with("bad"))
                 throw Failure("cannot do " + thing, {404, "DoIt"});
+            if (thing == "odd")
+                throw std::runtime_error("caf\xE9");
             Report report;
             report.Add("name", thing);
             return report;
@@ -52,6 +56,17 @@ TEST_F(BatchTest, TellsOfASingleThingBesideTheListToo)
     EXPECT_EQ(report.ForPeople(), "name  a\n");
     EXPECT_EQ(report.ForMachines(),
               "{\"files\":[{\"given\":\"a\",\"name\":\"a\",\"ok\":true}],\"name\":\"a\",\"ok\":true}\n");
+}
+
+TEST_F(BatchTest, GoesOnBehindWhatNobodyHasExpected)
+{
+    const Json::Value result = Parsed(Run({"a", "odd", "b"}));
+    EXPECT_EQ(m_tried, (std::vector<std::string>{"a", "odd", "b"}));
+    EXPECT_TRUE(result["files"][0]["ok"].asBool());
+    EXPECT_FALSE(result["files"][1]["ok"].asBool());
+    EXPECT_TRUE(ToWide(result["files"][1]["message"].asString()).has_value());
+    EXPECT_TRUE(result["files"][2]["ok"].asBool());
+    EXPECT_FALSE(result["ok"].asBool());
 }
 
 TEST_F(BatchTest, LeavesTheFailureOfASingleThingToItsCaller)

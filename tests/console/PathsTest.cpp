@@ -39,6 +39,7 @@ TEST(SplitPath, LeavesNoTrailingBackslashOnTheFolder)
 
 TEST(SplitPath, RefusesWhatIsNoFileOrTooLong)
 {
+    EXPECT_THROW(SplitPath(L""), Failure);
     EXPECT_THROW(SplitPath(L"C:\\"), Failure);
     EXPECT_THROW(SplitPath(L"C:\\folder\\"), Failure);
     EXPECT_EQ(SplitPath(L"C:\\" + std::wstring(256, L'x')).name.size(), 256u);

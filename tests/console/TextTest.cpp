@@ -7,6 +7,14 @@ namespace quorvex::console
 namespace
 {
 
+TEST(FromSystem, IsUtf8InAnyCase)
+{
+    EXPECT_EQ(FromSystem("caf\xC3\xA9"), "caf\xC3\xA9");
+    EXPECT_TRUE(ToWide(FromSystem("caf\xE9")).has_value());
+    EXPECT_TRUE(FromSystem("caf\xE9").starts_with("caf"));
+    EXPECT_EQ(FromSystem(""), "");
+}
+
 TEST(Text, ConvertsEveryScriptBothWays)
 {
     const std::wstring wide = L"a\xE9\x20AC\x65E5\xD83D\xDE00";
