@@ -1,5 +1,6 @@
 #include "NetDiskCommands.h"
 
+#include "Batch.h"
 #include "Download.h"
 #include "Failure.h"
 #include "Listings.h"
@@ -171,18 +172,17 @@ Report FetchCommand(const Options& options)
     RequireFiles(files, options);
     DownloadPlaces places(options.out, files.size());
 
-    Report report;
-    Json::Value array(Json::arrayValue);
+    std::vector<std::string> ids;
     for (const FileEntry& file : files)
-    {
+        ids.push_back(file.key);
+    auto next = files.begin();
+    Report report = ForEach("files", ids, options, [&](const std::string& id) {
         Report each;
-        each.Add("fid", file.key);
-        AddDownload(each, Fetch(*disk, file, places, options));
-        report.AddText((array.empty() ? "" : "\n") + each.ForPeople());
-        array.append(each.Data());
-    }
+        each.Add("fid", id);
+        AddDownload(each, Fetch(*disk, *next++, places, options));
+        return each;
+    });
     report.AddData("pcode", options.pcode);
-    report.AddData("files", array);
     return report;
 }
 

@@ -168,6 +168,20 @@ TEST_F(Sharing, FilesOfOneNameDoNotReplaceEachOther)
               (std::set<std::string>{"one", "two"}));
 }
 
+TEST_F(Sharing, FilesDoNotSufferFromOneThatFails)
+{
+    const std::string pcode = Share({PutContent("a.txt", "alpha"), PutContent("b.txt", "beta")});
+    const std::filesystem::path out = MakeFolder("out");
+    std::filesystem::create_directories(out / "a.txt");
+    const ConsoleRun run = Run({"fetch", pcode, "--out", out.string()}, kBob);
+    EXPECT_EQ(run.exitStatus, 1);
+    const Json::Value files = run.Json()["files"];
+    ASSERT_EQ(files.size(), 2U) << run.output;
+    EXPECT_FALSE(files[0]["ok"].asBool());
+    EXPECT_TRUE(files[1]["ok"].asBool());
+    EXPECT_EQ(ReadFile(out / "b.txt"), "beta");
+}
+
 TEST_F(Sharing, SeveralFilesNeedAFolder)
 {
     const std::string pcode = Share({PutContent("one.txt", "one"), PutContent("two.txt", "two")});
