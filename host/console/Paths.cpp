@@ -4,6 +4,7 @@
 #include "Text.h"
 
 #include <algorithm>
+#include <cstdint>
 #include <cwctype>
 #include <optional>
 #include <system_error>
@@ -50,6 +51,25 @@ bool IsForbidden(wchar_t character)
     // Some of the control characters steer a terminal.
     return character < L' ' || (character >= 0x7F && character < 0xA0) ||
            std::wstring_view(L"<>:\"/\\|?*").find(character) != std::wstring_view::npos;
+}
+
+/// Whether every file system takes it: some count UTF-16 units, some bytes of UTF-8, which are never fewer.
+bool IsNameShort(const std::wstring& name)
+{
+    constexpr std::size_t kLongestName = 255;
+    return ToUtf8(name).size() <= kLongestName;
+}
+
+/// Tells names that begin alike apart, and is the same in every run: 32 bits of FNV-1a.
+std::wstring HashOf(const std::wstring& text)
+{
+    std::uint32_t hash = 2166136261u;
+    for (const wchar_t character : text)
+        hash = (hash ^ character) * 16777619u;
+    std::wstring digits;
+    for (int shift = 28; shift >= 0; shift -= 4)
+        digits += L"0123456789abcdef"[hash >> shift & 15];
+    return digits;
 }
 
 bool IsDevice(const std::wstring& name)
@@ -101,9 +121,16 @@ LocalPath SplitPath(const std::filesystem::path& path)
 
 std::filesystem::path WithEnding(const std::filesystem::path& path, std::wstring_view ending)
 {
-    std::filesystem::path result = path;
-    result += ending;
-    return result;
+    std::wstring stem = path.filename().wstring();
+    std::wstring tail(ending);
+    if (!IsNameShort(stem + tail))
+        tail = L'~' + HashOf(stem) + tail;
+    while (!stem.empty() && !IsNameShort(stem + tail))
+        stem.pop_back();
+    // Half a character is no name's end.
+    if (!stem.empty() && IS_HIGH_SURROGATE(stem.back()))
+        stem.pop_back();
+    return path.parent_path() / (stem + tail);
 }
 
 std::wstring RepairedName(const std::wstring& name)

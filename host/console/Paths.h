@@ -21,7 +21,8 @@ struct LocalPath
 /// @throws Failure when it names no file or is too long for the module
 LocalPath SplitPath(const std::filesystem::path& path);
 
-/// The same file with an ending added to its name.
+/// The same file with an ending added to its name, which is cut first where the whole would be longer than names can
+/// be.
 std::filesystem::path WithEnding(const std::filesystem::path& path, std::wstring_view ending);
 
 /// A name from a response header, whose UTF-8 the system has taken for its own 8-bit encoding, as it was meant.

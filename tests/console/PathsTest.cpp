@@ -170,6 +170,27 @@ TEST(TargetOf, IsInAFolderOrAFile)
 TEST(WithEnding, AddsToTheName)
 {
     EXPECT_EQ(WithEnding(L"C:\\a.b\\c.d", L".e"), std::filesystem::path(L"C:\\a.b\\c.d.e"));
+    EXPECT_EQ(WithEnding(std::wstring(250, L'n'), L".part").wstring(), std::wstring(250, L'n') + L".part");
+}
+
+TEST(WithEnding, CutsANameThatLeavesNoRoom)
+{
+    const auto cut = [](const std::wstring& name) { return WithEnding(L"C:\\a\\" + name, L".part"); };
+    for (const std::wstring& name : {std::wstring(255, L'n'), std::wstring(84, L'\x65E5')})
+    {
+        const std::filesystem::path one = cut(name + L"one");
+        EXPECT_EQ(one, cut(name + L"one"));
+        EXPECT_NE(one, cut(name + L"two"));
+        EXPECT_EQ(one.parent_path(), L"C:\\a");
+        EXPECT_LE(ToUtf8(one.filename().wstring()).size(), 255u);
+        EXPECT_GT(ToUtf8(one.filename().wstring()).size(), 250u);
+        EXPECT_EQ(one.extension(), L".part");
+        EXPECT_EQ(one.filename().wstring().substr(0, 60), name.substr(0, 60));
+    }
+    std::wstring smiles;
+    for (int i = 0; i < 70; ++i)
+        smiles += L"\xD83D\xDE00";
+    EXPECT_TRUE(ToUtf8(cut(smiles).wstring()).find("\xEF\xBF\xBD") == std::string::npos);
 }
 
 } // namespace

@@ -113,19 +113,24 @@ TEST_F(Sharing, OneFileOfACodeComesAlone)
 
 TEST_F(Sharing, LongNamesComeWhole)
 {
+    const auto repeat = [](const std::string& character, std::size_t count) {
+        std::string text;
+        while (count-- > 0)
+        {
+            text += character;
+        }
+        return text;
+    };
     const std::string zhe = "\xD0\x96";
-    std::string cyrillic;
-    for (int i = 0; i < 76; ++i)
-    {
-        cyrillic += zhe;
-    }
+    const std::string ri = "\xE6\x97\xA5";
     struct Case
     {
         std::string name;
         std::string listed;
     };
-    for (const Case& item : {Case{std::string(76, 'a') + ".pdf", std::string(64, 'a')},
-                             Case{cyrillic + ".pdf", cyrillic.substr(0, 64 * zhe.size())}})
+    for (const Case& item :
+         {Case{repeat("a", 76) + ".pdf", repeat("a", 64)}, Case{repeat(zhe, 76) + ".pdf", repeat(zhe, 64)},
+          Case{repeat(ri, 80) + ".pdf", repeat(ri, 64)}})
     {
         const std::string content = Pattern(12345);
         const std::string pcode = Share({PutContent(item.name, content)});
