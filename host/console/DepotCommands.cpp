@@ -62,7 +62,7 @@ Report FileReport(Storage& storage, const Options& options)
         AskAbout(storage, Wide(options.uid), Wide(options.key), "cannot ask about " + options.key);
     Report report;
     report.Add("key", options.key);
-    report.Add("name", ToUtf8(remote.name));
+    report.Add("name", remote.stated);
     AddSize(report, "size", remote.size);
     AddDigest(report, remote.md5);
     return report;

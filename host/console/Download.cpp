@@ -265,7 +265,7 @@ void FetchByWholeName(DownloadSource& source, const std::filesystem::path& folde
     const std::filesystem::path file = fetched->path();
     const std::wstring name = RepairedName(file.filename().wstring());
     source.remote.name = SafeName(name, source.remote.name);
-    source.remote.stated = Printable(ToUtf8(name));
+    source.remote.stated = ToUtf8(name);
     source.fetchWhole = [file](const wchar_t* place, const wchar_t* placeName) {
         std::error_code error;
         std::filesystem::rename(file, std::filesystem::path(place) / placeName, error);

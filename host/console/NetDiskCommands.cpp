@@ -111,7 +111,7 @@ Report InfoCommand(const Options& options)
         const RemoteFile remote = AskAbout(*disk, Wide(key), "cannot ask about " + key);
         Report report;
         report.Add("key", key);
-        report.Add("name", ToUtf8(remote.name));
+        report.Add("name", remote.stated);
         AddSize(report, "size", remote.size);
         AddDigest(report, remote.md5);
         return report;

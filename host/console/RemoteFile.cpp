@@ -39,7 +39,7 @@ struct Told
         // A header that closes the quotation gives its mark along with the name.
         if (!stated.empty() && stated.back() == L'"')
             stated.pop_back();
-        return {SafeName(stated, key), size, AsDigest(ToUtf8(second.data())), Printable(ToUtf8(stated))};
+        return {SafeName(stated, key), size, AsDigest(ToUtf8(second.data())), ToUtf8(stated)};
     }
 };
 
@@ -71,7 +71,7 @@ RemoteFile AskAbout(Storage& storage, const std::wstring& uid, const std::wstrin
 
 RemoteFile SharedFile(const FileEntry& entry)
 {
-    return {SafeName(Wide(entry.name), Wide(entry.key)), entry.size, AsDigest(entry.md5), Printable(entry.name)};
+    return {SafeName(Wide(entry.name), Wide(entry.key)), entry.size, AsDigest(entry.md5), entry.name};
 }
 
 bool IsSameFile(const RemoteFile& remote, std::uint64_t size, const std::string& md5, const std::string& what)

@@ -17,7 +17,7 @@ struct RemoteFile
     std::wstring name; ///< fit to be a local file name
     std::uint64_t size = 0;
     std::string md5;    ///< empty when the server tells none
-    std::string stated; ///< the name as the server tells it, fit for a terminal
+    std::string stated; ///< the name as the server tells it
 };
 
 /// @name Questions about a stored file

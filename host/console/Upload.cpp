@@ -33,7 +33,7 @@ void Confirm(UploadResult& result, const UploadTarget& target)
         stated = ToUtf8(NameAsSent(Wide(result.name)));
     }
     if (stated != result.name)
-        WriteError("note: on the server the file is named " + stated + '\n');
+        WriteError("note: on the server the file is named " + Printable(stated) + '\n');
     result.name = stated;
 }
 

@@ -83,6 +83,12 @@ TEST_F(NetDisk, RenamedFileHasItsNewName)
     const std::string key = Put(Write("old.txt", "text"))["key"].asString();
     EXPECT_EQ(Run({"mv", key, "--name", "new.txt"}).exitStatus, 0);
     EXPECT_EQ(Run({"info", key}).Json()["name"].asString(), "new.txt");
+    // Names that no file can have here.
+    for (const std::string name : {"what?.txt", "CON.txt", "a:b"})
+    {
+        Done({"mv", key, "--name", name});
+        EXPECT_EQ(Run({"info", key}).Json()["name"].asString(), name);
+    }
 }
 
 TEST_F(NetDisk, QuotaCountsWhatIsStoredAndGetsItBack)
