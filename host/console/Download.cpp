@@ -253,15 +253,15 @@ bool IsNameCut(const FileEntry& file)
     return Wide(file.name).size() >= kShortestCut;
 }
 
-void FetchByWholeName(DownloadSource& source, const std::filesystem::path& folder)
+bool FetchByWholeName(DownloadSource& source, const std::filesystem::path& folder)
 {
     const Outcome outcome = source.fetchWhole(folder.c_str(), nullptr);
     if (outcome.result == Result::DownloadRefused || outcome.result == Result::LocalFileFailed)
-        return;
+        return false;
     Check(outcome, "cannot download " + ToUtf8(source.remote.name), source.transport);
     const std::filesystem::directory_iterator fetched(folder);
     if (fetched == std::filesystem::directory_iterator())
-        return;
+        return false;
     const std::filesystem::path file = fetched->path();
     const std::wstring name = RepairedName(file.filename().wstring());
     source.remote.name = SafeName(name, source.remote.name);
@@ -271,6 +271,7 @@ void FetchByWholeName(DownloadSource& source, const std::filesystem::path& folde
         std::filesystem::rename(file, std::filesystem::path(place) / placeName, error);
         return Outcome(error ? Result::LocalFileFailed : Result::Ok);
     };
+    return true;
 }
 
 DownloadResult Download(const DownloadSource& source, const std::filesystem::path& path, const Options& options)

@@ -50,10 +50,11 @@ DownloadSource FromShare(const netdisk::CNetDisk& disk, const std::string& pcode
 bool IsNameCut(const FileEntry& file);
 
 /// Fetches a whole file right away, by the name that comes with it, which no listing has cut. Its download then finds
-/// it here. The source stays as it is when no such name comes, or none that a file can have here.
+/// it here.
 /// @param folder an empty one, which is there until the file is downloaded
+/// @return false, the source being as it was, when no such name comes, or none that the module can give a file here
 /// @throws Failure
-void FetchByWholeName(DownloadSource& source, const std::filesystem::path& folder);
+bool FetchByWholeName(DownloadSource& source, const std::filesystem::path& folder);
 
 struct DownloadResult
 {

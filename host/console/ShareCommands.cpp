@@ -5,6 +5,7 @@
 #include "Failure.h"
 #include "Listings.h"
 #include "LocalFile.h"
+#include "Output.h"
 #include "Paths.h"
 #include "Progress.h"
 #include "ReportValues.h"
@@ -59,11 +60,15 @@ DownloadResult Fetch(const netdisk::CNetDisk& disk, const FileEntry& file, Downl
 {
     DownloadSource source = FromShare(disk, options.pcode, file);
     std::optional<FolderForAWhile> folder;
-    if (IsNameCut(file) && file.size <= options.largeFrom)
+    bool isNameWhole = !IsNameCut(file);
+    if (!isNameWhole && file.size <= options.largeFrom)
     {
         folder.emplace(places.Beside(SafeName(Wide(file.key), L"") + L".quorvex-part"));
-        FetchByWholeName(source, folder->Path());
+        isNameWhole = FetchByWholeName(source, folder->Path());
     }
+    if (!isNameWhole)
+        WriteError("note: of the name " + Printable(file.name) +
+                   " there may be more on the server; --out gives the file another\n");
     return Download(source, places.For(source.remote.name), options);
 }
 

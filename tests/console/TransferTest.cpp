@@ -464,7 +464,7 @@ TEST_F(Transfer, TakesTheNameThatComesWithAFile)
     const std::wstring whole = std::wstring(76, L'n') + L".txt";
     DownloadSource source = Listed(whole);
     const FolderForAWhile folder(m_folder / "fresh");
-    FetchByWholeName(source, folder.Path());
+    EXPECT_TRUE(FetchByWholeName(source, folder.Path()));
     EXPECT_EQ(source.remote.name, whole);
     EXPECT_EQ(source.remote.stated, ToUtf8(whole));
     const DownloadResult download = Download(source, m_folder / source.remote.name, m_options);
@@ -480,7 +480,7 @@ TEST_F(Transfer, KeepsTheListedNameWhereNoneComesWithAFile)
     {
         m_wholeResult = result;
         const FolderForAWhile folder(m_folder / "fresh");
-        FetchByWholeName(source, folder.Path());
+        EXPECT_FALSE(FetchByWholeName(source, folder.Path()));
         EXPECT_EQ(source.remote.name, L"listed");
     }
     m_wholeResult = -107;

@@ -62,8 +62,17 @@ TEST_F(NetDisk, ContentThatTheServerHoldsIsNotSentAgain)
 
 TEST_F(NetDisk, NamesOfEveryScriptSurvive)
 {
-    for (const std::string name : {"\xE4\xB8\xAD\xE6\x96\x87.txt", "\xD0\xA4\xD0\xB0\xD0\xB9\xD0\xBB.txt",
-                                   "\xF0\x9F\x98\x80 smile.txt", "na\xC3\xAFve caf\xC3\xA9.txt"})
+    std::string veryLong;
+    for (int i = 0; i < 80; ++i)
+    {
+        veryLong += "\xE6\x97\xA5";
+    }
+    veryLong += ".pdf";
+    for (const std::string& name :
+         std::vector<std::string>{"\xE4\xB8\xAD\xE6\x96\x87.txt", "\xD0\xA4\xD0\xB0\xD0\xB9\xD0\xBB.txt",
+                                  "\xF0\x9F\x98\x80 smile.txt", "na\xC3\xAFve caf\xC3\xA9.txt",
+                                  // With the ending that it has while it grows, it would be too long.
+                                  veryLong})
     {
         const Json::Value put = Put(Write(name, name));
         EXPECT_EQ(put["name"].asString(), name);

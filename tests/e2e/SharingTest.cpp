@@ -48,6 +48,16 @@ protected:
     }
 };
 
+std::string Repeated(const std::string& character, std::size_t count)
+{
+    std::string text;
+    while (count-- > 0)
+    {
+        text += character;
+    }
+    return text;
+}
+
 std::ptrdiff_t FilesIn(const std::filesystem::path& folder)
 {
     return std::distance(std::filesystem::directory_iterator(folder), {});
@@ -113,30 +123,22 @@ TEST_F(Sharing, OneFileOfACodeComesAlone)
 
 TEST_F(Sharing, LongNamesComeWhole)
 {
-    const auto repeat = [](const std::string& character, std::size_t count) {
-        std::string text;
-        while (count-- > 0)
-        {
-            text += character;
-        }
-        return text;
-    };
-    const std::string zhe = "\xD0\x96";
-    const std::string ri = "\xE6\x97\xA5";
     struct Case
     {
         std::string name;
         std::string listed;
     };
+    const std::string beginning(40, 'a');
     for (const Case& item :
-         {Case{repeat("a", 76) + ".pdf", repeat("a", 64)}, Case{repeat(zhe, 76) + ".pdf", repeat(zhe, 64)},
-          Case{repeat(ri, 80) + ".pdf", repeat(ri, 64)}})
+         {Case{std::string(76, 'b') + ".pdf", std::string(64, 'b')},
+          Case{beginning + Repeated("\xD0\x96", 36) + ".pdf", beginning + Repeated("\xD0\x96", 24)},
+          Case{beginning + Repeated("\xE6\x97\xA5", 36) + ".p", beginning + Repeated("\xE6\x97\xA5", 24)}})
     {
         const std::string content = Pattern(12345);
         const std::string pcode = Share({PutContent(item.name, content)});
         EXPECT_EQ(FilesOf(pcode)[0]["name"].asString(), item.listed);
 
-        const std::filesystem::path out = MakeFolder("out " + item.listed.substr(0, 2));
+        const std::filesystem::path out = MakeFolder("out " + pcode);
         EXPECT_EQ(Fetch(pcode, out)[0]["name"].asString(), item.name);
         EXPECT_EQ(ReadFile(out / item.name), content);
         EXPECT_EQ(FilesIn(out), 1);
@@ -149,6 +151,18 @@ TEST_F(Sharing, LongNamesComeWhole)
         EXPECT_EQ(ReadFile(out / item.listed), content);
         EXPECT_EQ(FilesIn(out), 3);
     }
+}
+
+TEST_F(Sharing, NamesThatTheModuleCannotWriteStayCut)
+{
+    // A name as the module writes it has one character for each byte.
+    const std::string pcode = Share({PutContent(Repeated("\xE6\x97\xA5", 80) + ".pdf", "text")});
+    const std::filesystem::path out = MakeFolder("out");
+    const ConsoleRun run = Run({"fetch", pcode, "--out", out.string()}, kBob);
+    EXPECT_EQ(run.exitStatus, 0) << run.output;
+    EXPECT_NE(run.errors.find("note: of the name "), std::string::npos) << run.errors;
+    EXPECT_EQ(ReadFile(out / Repeated("\xE6\x97\xA5", 64)), "text");
+    EXPECT_EQ(FilesIn(out), 1);
 }
 
 TEST_F(Sharing, LongNamesAreTheirOwnAlsoWhenTheyBeginAlike)
