@@ -263,14 +263,17 @@ bool FetchByWholeName(DownloadSource& source, const std::filesystem::path& folde
     if (fetched == std::filesystem::directory_iterator())
         return false;
     const std::filesystem::path file = fetched->path();
-    const std::wstring name = RepairedName(file.filename().wstring());
-    source.remote.name = SafeName(name, source.remote.name);
-    source.remote.stated = ToUtf8(name);
     source.fetchWhole = [file](const wchar_t* place, const wchar_t* placeName) {
         std::error_code error;
         std::filesystem::rename(file, std::filesystem::path(place) / placeName, error);
         return Outcome(error ? Result::LocalFileFailed : Result::Ok);
     };
+    const std::wstring name = RepairedName(file.filename().wstring());
+    // A name that the system has had to cut in its turn would not even be the listing's.
+    if (!name.starts_with(Wide(source.remote.stated)))
+        return false;
+    source.remote.name = SafeName(name, source.remote.name);
+    source.remote.stated = ToUtf8(name);
     return true;
 }
 

@@ -52,7 +52,7 @@ bool IsNameCut(const FileEntry& file);
 /// Fetches a whole file right away, by the name that comes with it, which no listing has cut. Its download then finds
 /// it here.
 /// @param folder an empty one, which is there until the file is downloaded
-/// @return false, the source being as it was, when no such name comes, or none that the module can give a file here
+/// @return false, the listing's name being kept, when no such name comes, or none that the module can give a file here
 /// @throws Failure
 bool FetchByWholeName(DownloadSource& source, const std::filesystem::path& folder);
 

@@ -461,7 +461,7 @@ TEST_F(Transfer, LeavesNothingWhenItIsStoppedBeforeTheFirstRange)
 
 TEST_F(Transfer, TakesTheNameThatComesWithAFile)
 {
-    const std::wstring whole = std::wstring(76, L'n') + L".txt";
+    const std::wstring whole = L"listed" + std::wstring(76, L'n') + L".txt";
     DownloadSource source = Listed(whole);
     const FolderForAWhile folder(m_folder / "fresh");
     EXPECT_TRUE(FetchByWholeName(source, folder.Path()));
@@ -487,6 +487,18 @@ TEST_F(Transfer, KeepsTheListedNameWhereNoneComesWithAFile)
     const FolderForAWhile folder(m_folder / "fresh");
     EXPECT_THROW(FetchByWholeName(source, folder.Path()), Failure);
     m_wholeResult = 0;
+    EXPECT_TRUE(Download(source, m_folder / "listed", m_options).verified);
+    EXPECT_EQ(ContentOf(m_folder / "listed"), m_content);
+}
+
+TEST_F(Transfer, KeepsTheListedNameWhereAnotherOneComes)
+{
+    DownloadSource source = Listed(L"list");
+    const FolderForAWhile folder(m_folder / "fresh");
+    EXPECT_FALSE(FetchByWholeName(source, folder.Path()));
+    EXPECT_EQ(source.remote.name, L"listed");
+    // What has come is not fetched again.
+    m_wholeResult = -107;
     EXPECT_TRUE(Download(source, m_folder / "listed", m_options).verified);
     EXPECT_EQ(ContentOf(m_folder / "listed"), m_content);
 }

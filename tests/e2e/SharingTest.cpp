@@ -129,10 +129,10 @@ TEST_F(Sharing, LongNamesComeWhole)
         std::string listed;
     };
     const std::string beginning(40, 'a');
-    for (const Case& item :
-         {Case{std::string(76, 'b') + ".pdf", std::string(64, 'b')},
-          Case{beginning + Repeated("\xD0\x96", 36) + ".pdf", beginning + Repeated("\xD0\x96", 24)},
-          Case{beginning + Repeated("\xE6\x97\xA5", 36) + ".p", beginning + Repeated("\xE6\x97\xA5", 24)}})
+    for (const Case& item : {Case{std::string(76, 'b') + ".pdf", std::string(64, 'b')},
+                             Case{beginning + Repeated("\xD0\x96", 36) + ".pdf", beginning + Repeated("\xD0\x96", 24)},
+                             Case{beginning + beginning.substr(20) + Repeated("\xE6\x97\xA5", 16) + ".pdf",
+                                  beginning + beginning.substr(20) + Repeated("\xE6\x97\xA5", 4)}})
     {
         const std::string content = Pattern(12345);
         const std::string pcode = Share({PutContent(item.name, content)});
