@@ -13,6 +13,11 @@ services_running() {
     [[ $(tr '\0' ' ' 2>/dev/null <"/proc/$pid/cmdline") == "$services --data $1/data "* ]]
 }
 
+# Whether their program has been built anew since they were started: services_outdated STATE
+services_outdated() {
+    [[ $(readlink "/proc/$(<"$1/pid")/exe") == *' (deleted)' ]]
+}
+
 # end_process PID: returns when it has ended.
 end_process() {
     kill "$1" 2>/dev/null || return 0

@@ -58,6 +58,17 @@ case_start_and_stop() {
     stop_services "$state"
 }
 
+case_built_anew() {
+    rm "$root/build/native/bin/quorvex-services"
+    cp "$program" "$root/build/native/bin/quorvex-services"
+    start
+    refuse services_outdated "$state"
+    rm "$root/build/native/bin/quorvex-services"
+    cp "$program" "$root/build/native/bin/quorvex-services"
+    expect services_running "$state"
+    expect services_outdated "$state"
+}
+
 case_same_port_again() {
     local port
     start
