@@ -129,6 +129,15 @@ std::vector<Attack> mislabelledBodies()
     return all;
 }
 
+std::string repeated(std::string_view text, std::size_t count)
+{
+    std::string all;
+    all.reserve(text.size() * count);
+    while (count-- != 0)
+        all += text;
+    return all;
+}
+
 std::vector<Attack> bombs()
 {
     static const std::string gzip = wire::compress(std::string(100 * MiB, '\0'), Encoding::Gzip);
@@ -136,6 +145,10 @@ std::vector<Attack> bombs()
     static const std::string nested = wire::compress(gzip, Encoding::Gzip);
     static const std::string json =
         wire::compress(std::string(R"({"result":403,"x":[)").append(70 * MiB, ' ').append("1]}"), Encoding::Gzip);
+    static const std::string values =
+        wire::compress(R"({"result":200,"files":[)" + repeated("0,", 30 * MiB) + "0]}", Encoding::Gzip);
+    static const std::string items =
+        wire::compress(R"({"data":[)" + repeated(R"({"rs_id":"a"},)", 200'000) + "0]}", Encoding::Gzip);
     static constexpr std::size_t mostMemory = 256 * MiB; // a text of 64 MiB that grows is there twice
     static constexpr unsigned errorsOnly = 8;
 
@@ -153,12 +166,18 @@ std::vector<Attack> bombs()
             continue;
         attack("100 MiB of zeros in deflate", labelled(*each, "deflate", zlib), tooLong);
         attack("70 MiB of blanks in JSON", labelled(*each, "gzip", json), tooLong);
+        if (each->kind == Operation::Kind::Json)
+            attack("30 million values in JSON", labelled(*each, "gzip", values), {1});
         attack("a bomb in a bomb", labelled(*each, "gzip", nested),
                {each->kind == Operation::Kind::Json ? 1 : each->success});
         // Of what is refused, the body is looked at for the log only.
         Reply refusal = reply(bare(gzip, each->headers() + "Content-Encoding: gzip\r\n", "404 Not Found"));
         attack("a bomb in a refusal", refusal, {each->of == Operation::Class::NetDisk ? -107 : 404});
     }
+    // Each would become a record of 8 KiB.
+    const Operation& list = operation("CNetDisk.RecyclebinList");
+    all.push_back(
+        {"200,000 items in the recycle bin", &list, labelled(list, "gzip", items), {1}, mostMemory, 8, errorsOnly});
     const Operation& download = operation("CFileStorage.UserPhotoDownload");
     all.push_back({"a bomb in a refusal",
                    &download,
