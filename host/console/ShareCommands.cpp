@@ -178,6 +178,7 @@ Report FetchCommand(const Options& options)
     DownloadPlaces places(options.out, files.size());
 
     std::vector<std::string> ids;
+    ids.reserve(files.size());
     for (const FileEntry& file : files)
         ids.push_back(file.key);
     auto next = files.begin();

@@ -200,6 +200,7 @@ std::vector<std::string> Shares::Save(std::int64_t account, const std::string& c
             throw HttpError(Status::NotFound, "none of the share code's files is within reach");
         }
         std::vector<std::string> keys;
+        keys.reserve(files.size());
         for (const FileRow& file : files)
         {
             keys.push_back(files_.Copy(transaction, account, file, place));
