@@ -5,6 +5,7 @@
 
 #include <quorvex/Results.h>
 
+#include <algorithm>
 #include <cstddef>
 #include <utility>
 
@@ -96,12 +97,13 @@ void AppendRecords(const Json::Value& listing, Record (*read)(const Json::Value&
     {
         return;
     }
-    if (listing.size() > kMostRecords)
+    const auto count = static_cast<std::size_t>(std::count_if(listing.begin(), listing.end(), isRecord));
+    if (count > kMostRecords)
     {
-        LOG_ERROR(L"too long a listing, size=" << listing.size() << L", limit=" << kMostRecords);
+        LOG_ERROR(L"too long a listing, size=" << count << L", limit=" << kMostRecords);
         throw UnusableReply();
     }
-    records.reserve(records.size() + listing.size());
+    records.reserve(records.size() + count);
     for (const Json::Value& element : listing)
     {
         if (isRecord(element))

@@ -147,8 +147,6 @@ std::vector<Attack> bombs()
         wire::compress(std::string(R"({"result":403,"x":[)").append(70 * MiB, ' ').append("1]}"), Encoding::Gzip);
     static const std::string values =
         wire::compress(R"({"result":200,"files":[)" + repeated("0,", 30 * MiB) + "0]}", Encoding::Gzip);
-    static const std::string items =
-        wire::compress(R"({"data":[)" + repeated(R"({"rs_id":"a"},)", 200'000) + "0]}", Encoding::Gzip);
     static constexpr std::size_t mostMemory = 256 * MiB; // a text of 64 MiB that grows is there twice
     static constexpr unsigned errorsOnly = 8;
 
@@ -174,10 +172,6 @@ std::vector<Attack> bombs()
         Reply refusal = reply(bare(gzip, each->headers() + "Content-Encoding: gzip\r\n", "404 Not Found"));
         attack("a bomb in a refusal", refusal, {each->of == Operation::Class::NetDisk ? -107 : 404});
     }
-    // Each would become a record of 8 KiB.
-    const Operation& list = operation("CNetDisk.RecyclebinList");
-    all.push_back(
-        {"200,000 items in the recycle bin", &list, labelled(list, "gzip", items), {1}, mostMemory, 8, errorsOnly});
     const Operation& download = operation("CFileStorage.UserPhotoDownload");
     all.push_back({"a bomb in a refusal",
                    &download,

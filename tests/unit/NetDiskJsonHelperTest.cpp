@@ -360,16 +360,22 @@ TEST_F(NetDiskJsonHelper, RecyclebinListingSkipsWhatIsNoItem)
 
 TEST_F(NetDiskJsonHelper, AListingOfMoreThanAGibibyteIsRefused)
 {
-    const std::size_t limit = (std::size_t{1} << 30U) / sizeof(_RItemInfo);
-    const auto bodyOf = [](std::size_t count) {
-        return R"({"data":[0)" + Repeated(",0", static_cast<int>(count) - 1) + "]}";
-    };
+    const std::size_t tooMany = (std::size_t{1} << 30U) / sizeof(_RItemInfo) + 1;
+    const std::string body = R"({"data":[0)" + Repeated(R"(,{"rs_id":"a"})", static_cast<int>(tooMany)) + "]}";
     std::vector<_RItemInfo> items(1);
 
-    EXPECT_EQ(helper.RecyclebinListing(bodyOf(limit + 1), items), 1);
-    EXPECT_EQ(Errors(),
-              Messages{"too long a listing, size=" + std::to_string(limit + 1) + ", limit=" + std::to_string(limit)});
+    EXPECT_EQ(helper.RecyclebinListing(body, items), 1);
+    EXPECT_EQ(Errors(), Messages{"too long a listing, size=" + std::to_string(tooMany) +
+                                 ", limit=" + std::to_string(tooMany - 1)});
     EXPECT_EQ(items.size(), 1U);
+}
+
+TEST_F(NetDiskJsonHelper, WhatIsNoItemTakesNoRoom)
+{
+    std::vector<_RItemInfo> items;
+    EXPECT_EQ(helper.RecyclebinListing(R"({"data":[{"rs_id":"a"})" + Repeated(",0", 1000) + "]}", items), 0);
+    EXPECT_EQ(items.size(), 1U);
+    EXPECT_LT(items.capacity(), 1000U);
 }
 
 TEST_F(NetDiskJsonHelper, RecyclebinFolderMayBeLongAndEndsWithTheRecord)
